@@ -1,0 +1,38 @@
+#pragma once
+
+#include "base/FileUrl.h"
+#include "platform/audio/AudioFormat.h"
+
+#include <cstdint>
+#include <memory>
+
+namespace halvenor {
+
+/// An audio file open for reading: decoded samples by frame number, sample-exact.
+///
+/// Frame 0 is the first frame that the encoder was given: encoder delay and padding are cut away
+/// (LAME/Xing tag, MP4 edit list or iTunSMPB, Vorbis granule positions). The format never changes
+/// within a file: where the stream changes its rate or channels, the samples are converted to the
+/// format it began with. One thread at a time, any thread.
+class AudioFile {
+  public:
+    /// Opens by content, not by name. Cheap: headers are read, nothing is decoded or indexed.
+    /// @throws Error (io, format or unsupported)
+    static std::shared_ptr<AudioFile> open(const FileUrl& url);
+
+    virtual ~AudioFile() = default;
+
+    virtual AudioFormat processingFormat() const = 0;
+    /// Length in frames. An estimate where the file tells no exact length; read() then goes on to
+    /// the true end, before or after it.
+    virtual int64_t length() const = 0;
+    /// The next read() begins at `frame` (0...length). Samples are the same as those of reading
+    /// straight through. A place past the end makes the next read() give 0.
+    virtual void seek(int64_t frame) = 0;
+    /// Decodes up to `frames` frames into `samples` (interleaved, room for frames × channels).
+    /// @return frames given; fewer than asked only at the end, 0 from there on. Damage inside the
+    /// file is passed over; an unreadable rest is the end.
+    virtual int64_t read(float* samples, int64_t frames) = 0;
+};
+
+}  // namespace halvenor

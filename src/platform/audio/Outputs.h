@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/audio/AudioOutput.h"
+
+#include <QString>
+
+#include <memory>
+
+namespace halvenor {
+
+/// The desktop's sound server, on its default sink. Connects at open(). When the server goes away
+/// it is sought again, backing off, and the music goes on where it was.
+/// @param applicationName what the server's mixer shows
+std::unique_ptr<AudioOutput> makeSystemOutput(const QString& applicationName);
+
+/// Nothing to hear, in real time: for the self-test and for machines without sound.
+std::unique_ptr<AudioOutput> makeSilentOutput(AudioFormat format = {44100, 2});
+
+}  // namespace halvenor
