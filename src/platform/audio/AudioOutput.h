@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/audio/AudioFormat.h"
+#include "platform/decode/AudioFormat.h"
 
 #include <cstdint>
 #include <functional>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/audio/AudioFile.h"
-#include "platform/audio/AudioFormat.h"
+#include "platform/decode/AudioFile.h"
+#include "platform/decode/AudioFormat.h"
 
 #include <cstdint>
 #include <functional>

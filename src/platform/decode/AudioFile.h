@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/FileUrl.h"
-#include "platform/audio/AudioFormat.h"
+#include "platform/decode/AudioFormat.h"
 
 #include <cstdint>
 #include <memory>
