@@ -1,7 +1,5 @@
 #pragma once
 
-#include "base/MainThread.h"
-
 #include <QObject>
 #include <QPointer>
 
@@ -9,6 +7,8 @@
 #include <memory>
 #include <utility>
 #include <vector>
+
+#include "base/MainThread.h"
 
 namespace halvenor {
 

@@ -1,10 +1,10 @@
 #include "base/Task.h"
 
-#include "base/Error.h"
-
 #include <QLoggingCategory>
 #include <QObject>
 #include <QTimerEvent>
+
+#include "base/Error.h"
 
 namespace halvenor {
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "base/MainThread.h"
-
 #include <QCoroTask>
 #include <QThreadPool>
 
@@ -14,6 +12,8 @@
 #include <stop_token>
 #include <type_traits>
 #include <utility>
+
+#include "base/MainThread.h"
 
 /// Coroutines on the main thread, and the services that work for them off it.
 ///

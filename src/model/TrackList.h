@@ -1,0 +1,102 @@
+#pragma once
+
+#include <QHash>
+#include <QList>
+
+#include <cstddef>
+#include <iterator>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "model/Track.h"
+
+namespace halvenor {
+
+/// An ordered list of tracks that many may hold: a value whose copies share their rows.
+///
+/// Rows lie in shared blocks, so that publishing a list in which eight tracks changed costs those
+/// eight and not the ten thousand beside them. One file may stand in a list more than once.
+/// A list belongs to one thread at a time; copies of it may go to others.
+class TrackList {
+  public:
+    TrackList() = default;
+    TrackList(std::initializer_list<Track> tracks);
+
+    qsizetype size() const { return size_; }
+    bool isEmpty() const { return size_ == 0; }
+    const Track& at(qsizetype row) const;
+    const Track& operator[](qsizetype row) const { return at(row); }
+    const Track& first() const { return at(0); }
+
+    void append(const Track& track);
+    void replace(qsizetype row, const Track& track);
+
+    /// The first row whose track has this id, or -1. The first call on a list indexes it; copies
+    /// made later share the index.
+    qsizetype indexOfId(const QByteArray& id) const;
+    bool containsId(const QByteArray& id) const { return indexOfId(id) >= 0; }
+
+    /// Puts each of `updates` in the place of every row with its id; of two updates with one id the
+    /// last wins. Order and ids stay. Costs what changes.
+    /// @return whether any row had one of the ids
+    bool updateById(const QList<Track>& updates);
+
+    /// Whether both hold the same ids in the same order, as far as that is known without looking:
+    /// true for a list and its copies, however their records were updated by updateById or replace.
+    bool hasSameRowsAs(const TrackList& other) const { return rows_ && rows_ == other.rows_; }
+
+    class const_iterator {
+      public:
+        using iterator_category = std::random_access_iterator_tag;
+        using value_type = Track;
+        using difference_type = qsizetype;
+        using pointer = const Track*;
+        using reference = const Track&;
+
+        const_iterator() = default;
+        const_iterator(const TrackList* list, qsizetype row) : list_(list), row_(row) {}
+        reference operator*() const { return list_->at(row_); }
+        pointer operator->() const { return &list_->at(row_); }
+        const_iterator& operator++() {
+            ++row_;
+            return *this;
+        }
+        const_iterator operator++(int) { return const_iterator(list_, row_++); }
+        friend difference_type operator-(const const_iterator& a, const const_iterator& b) {
+            return a.row_ - b.row_;
+        }
+        bool operator==(const const_iterator&) const = default;
+
+      private:
+        const TrackList* list_ = nullptr;
+        qsizetype row_ = 0;
+    };
+    const_iterator begin() const { return {this, 0}; }
+    const_iterator end() const { return {this, size_}; }
+
+    /// Row by row, whole records. Fast for lists that share blocks.
+    friend bool operator==(const TrackList& a, const TrackList& b);
+
+  private:
+    static constexpr qsizetype blockSize = 64;
+    using Block = std::vector<Track>;
+
+    // Which rows an id has. Made on demand; its address stands for "these ids in this order".
+    struct RowIndex {
+        QHash<QByteArray, qsizetype> firstRow;
+        std::vector<qsizetype> nextRowOfSameId;  // -1 ends a chain; empty while no id repeats
+    };
+    struct Rows {
+        std::unique_ptr<RowIndex> index;
+    };
+
+    Track& mutableAt(qsizetype row);
+    const RowIndex& index() const;
+
+    std::vector<std::shared_ptr<Block>> blocks_;
+    qsizetype size_ = 0;
+    std::shared_ptr<Rows> rows_;
+};
+
+}  // namespace halvenor

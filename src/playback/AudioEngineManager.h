@@ -1,0 +1,128 @@
+#pragma once
+
+#include "base/MoveTable.h"
+#include "base/Published.h"
+#include "model/Track.h"
+#include "platform/audio/AudioEngine.h"
+#include "platform/audio/PlayerNode.h"
+
+#include <QTimer>
+#include <QUuid>
+
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace halvenor {
+
+/// The one playback object: gapless playing of a short schedule on one player node.
+///
+/// It knows nothing of queues or folders. The schedule holds the file that sounds and at most one
+/// queued behind it; the owner says which track follows (setNextTrack) and is told through three
+/// callbacks what happened. A failure goes to onLoadFailed and never skips on by itself.
+///
+/// Completions of the node arrive on its own thread and only post here; there a generation counter
+/// and the identity of the head of the schedule tell the stale ones. Main thread throughout.
+class AudioEngineManager {
+  public:
+    using FileOpener = std::function<std::shared_ptr<AudioFile>(const FileUrl&)>;
+
+    /// Opens nothing yet: the output is opened by the first load.
+    /// @param openFile how files are opened for reading; throws what it fails with
+    explicit AudioEngineManager(std::unique_ptr<AudioOutput> output,
+                                FileOpener openFile = &AudioFile::open);
+    ~AudioEngineManager();
+    AudioEngineManager(const AudioEngineManager&) = delete;
+    AudioEngineManager& operator=(const AudioEngineManager&) = delete;
+
+    /// From the moment play was asked of the node until pause, stop or the end of the last file.
+    Published<bool> isPlaying{false};
+    /// Seconds into the current track.
+    Published<double> currentTime{0};
+    /// Seconds, as the decoder measures the current track.
+    Published<double> duration{0};
+    /// The track that sounds or is loaded. Stays set after stop().
+    Published<std::optional<Track>> currentTrack;
+    /// The user's volume, 0...1; stays at its value while muted. Set it through setVolume.
+    Published<float> volume{1.0F};
+    Published<bool> isMuted{false};
+
+    /// A track could not be opened, or the engine could not start.
+    std::function<void(const Track&, std::exception_ptr)> onLoadFailed;
+    /// The last scheduled file has played to its end.
+    std::function<void()> onPlaybackEnded;
+    /// The node has moved by itself into the next file; carries the track that sounds now.
+    std::function<void(const Track&)> onGaplessTransition;
+
+    /// Replaces everything with this track at `position` seconds. A position at or past the end is
+    /// the beginning.
+    void load(const Track& track, double position, bool autoplay);
+    void loadAndPlay(const Track& track) { load(track, 0, true); }
+    void resume();
+    void pause();
+    void togglePlayPause();
+    void stop();
+    /// To `time` seconds, held within the track. What is queued next stays queued.
+    void seek(double time);
+
+    /// Declares which track must follow the current one; absent means none.
+    void setNextTrack(const std::optional<Track>& next);
+    /// Queues the track only if nothing is queued yet.
+    void preloadNextTrackIfNeeded(const Track& track);
+
+    /// Any volume above 0 unmutes; 0 does not mute.
+    void setVolume(float value);
+    void toggleMute();
+
+    /// Rewrites the records of what is loaded after files have moved. The audio goes on.
+    void relocatePaths(const MoveTable& moves);
+
+    /// Brings currentTime up to what is heard now. The progress timer does this ten times a second
+    /// while playing.
+    void updateCurrentTime();
+
+    /// The track queued behind the current one.
+    std::optional<Track> queuedTrack() const;
+
+  private:
+    struct ScheduledTrack {
+        QUuid id;
+        Track track;
+        std::shared_ptr<AudioFile> file;
+        double duration = 0;
+        std::optional<FileUrl> temporaryAliasUrl;
+    };
+    struct OpenedFile {
+        std::shared_ptr<AudioFile> file;
+        std::optional<FileUrl> temporaryAliasUrl;
+    };
+
+    OpenedFile openAudioFile(const Track& track) const;
+    ScheduledTrack makeEntry(const Track& track, OpenedFile opened) const;
+    void schedule(const ScheduledTrack& entry, double position, uint64_t generation);
+    void scheduledTrackFinished(const QUuid& id, uint64_t generation);
+    void appendNextTrack(const Track& track);
+    void rebuildCurrentSchedule(const std::optional<Track>& next);
+    void restartSchedule(const OpenedFile& opened, double position);
+    void invalidateSchedule();
+    void startEngineIfNeeded();
+    void applyNodeVolume();
+    void reportFailure(const Track& track, std::exception_ptr error) const;
+    void reloadAfterConfigurationChange();
+
+    FileOpener openFile_;
+    PlayerNode playerNode_;
+    AudioEngine engine_;
+    std::vector<ScheduledTrack> scheduledTracks_;
+    uint64_t scheduleGeneration_ = 0;
+    QTimer progressTimer_;
+    float volumeBeforeMute_ = 1.0F;
+    double timelineBasePosition_ = 0;
+    std::optional<int64_t> timelineStartSample_;
+    std::shared_ptr<AudioEngineManager*> weakSelf_;
+};
+
+}  // namespace halvenor

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "base/FileUrl.h"
+#include "base/Task.h"
+#include "model/Track.h"
+
+#include <QList>
+#include <QSet>
+
+namespace halvenor {
+
+/// Turns an audio file into a filled Track. A service: its work runs off the main thread; called
+/// and awaited on the main thread. Reading never fails: what a file doesn't tell keeps the value
+/// that stands in for it (the file's name as title, "Unknown Artist", duration 0, ...).
+class TagService {
+  public:
+    static TagService& shared();
+
+    static const QSet<QByteArray>& supportedExtensions();
+    /// Whether the lower-cased extension is one that the library lists.
+    static bool isSupportedAudioFile(const FileUrl& url);
+    /// Whether tags can be written into files of this extension.
+    static bool supportsTagWriting(const FileUrl& url);
+
+    /// The full record of one file. One read at a time, in order.
+    Job<Track> readMetadata(const FileUrl& url, std::stop_token token = {});
+
+    /// The full records of several files, in their order. Batches run side by side on the idle
+    /// cores, so a caller that wants speed keeps a few of them going and awaits them in order.
+    Job<QList<Track>> readMetadata(const QList<FileUrl>& urls, std::stop_token token = {});
+
+  private:
+    TagService();
+
+    Service single_;
+    Service batches_;
+};
+
+}  // namespace halvenor
