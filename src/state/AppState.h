@@ -1,0 +1,215 @@
+#pragma once
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <random>
+#include <vector>
+
+#include "base/Published.h"
+#include "base/Task.h"
+#include "base/Throttle.h"
+#include "model/FolderItem.h"
+#include "model/FolderScrollRequest.h"
+#include "model/RepeatMode.h"
+#include "model/TrackList.h"
+#include "model/scanner/DirectorySnapshot.h"
+#include "platform/Appearance.h"
+#include "platform/Settings.h"
+#include "playback/AudioEngineManager.h"
+#include "state/AppTheme.h"
+
+namespace halvenor {
+
+/// The one central object: every view observes it, every action of the user goes through it, and
+/// it owns the playback engine. Made once; main thread throughout.
+///
+/// The constructor is the program's start order. The operations of each concern lie in a source of
+/// their own: AppStateLibrary, -Navigation, -Search, -Enrichment, -Queue, -Theme.
+///
+/// After every wait a task tests again: stop requested, owner alive, subject still current.
+class AppState : public QObject {
+  public:
+    /// What AppState needs of its surroundings; the program's own are made by the entry.
+    struct Dependencies {
+        Dependencies(std::unique_ptr<AudioOutput> output, FileUrl settingsFile,
+                     std::function<SystemAppearance()> appearance);
+
+        std::unique_ptr<AudioOutput> audioOutput;
+        FileUrl settingsFile;
+        /// What the desktop asks for at this moment.
+        std::function<SystemAppearance()> systemAppearance;
+    };
+
+    explicit AppState(Dependencies dependencies);
+    ~AppState() override;
+
+    // ---- Library -------------------------------------------------------------------------------
+    /// The Locations as tree roots, in natural order of their names.
+    Published<FolderList> rootFolders;
+    /// The Locations in the order they were added.
+    Published<std::vector<FileUrl>> libraryFolders;
+
+    /// The first of rootFolders.
+    std::optional<FolderItem> rootFolder() const;
+    /// Adds a Location, remembers it, and opens it. One that is there already is only opened.
+    void openDirectory(const FileUrl& url);
+    /// Forgets a Location and all that hangs on it. What plays goes on.
+    void removeFolder(const FileUrl& url);
+    bool isRootFolder(const FolderItem& folder) const;
+
+    // ---- Folder tree ---------------------------------------------------------------------------
+    /// The open folder.
+    Published<std::optional<FolderItem>> selectedFolder;
+    Published<QHash<QByteArray, FolderList>> folderChildren;
+    Published<QHash<QByteArray, TrackList>> folderTracks;
+    Published<QSet<QByteArray>> loadedFolderIDs;
+    Published<QSet<QByteArray>> loadingFolderIDs;
+    Published<QSet<QByteArray>> expandedFolderIDs;
+    Published<QSet<QByteArray>> markedFolderIDs;
+    /// The tree shows marked folders and the ways down to them alone. Remembered.
+    Published<bool> showMarkedFoldersOnly{false};
+    Published<std::optional<FolderScrollRequest>> folderScrollRequest;
+
+    /// Makes `folder` the open folder: its tracks fill the track list.
+    void openFolder(const FolderItem& folder);
+    /// Lists in the background, unless that is under way.
+    void loadDirectory(const FolderItem& folder);
+    /// Forgets what is known of one folder and lists it again.
+    void refreshFolder(const FolderItem& folder);
+    FolderList children(const FolderItem& folder) const;
+    bool isFolderExpanded(const FolderItem& folder) const;
+    bool isFolderLoaded(const FolderItem& folder) const;
+    bool isFolderLoading(const FolderItem& folder) const;
+    bool isFolderMarked(const FolderItem& folder) const;
+    /// Changes the state alone; the row that shows it loads what it needs.
+    void toggleFolderExpanded(const FolderItem& folder);
+    void ensureFolderChildrenLoaded(const FolderItem& folder);
+    void toggleFolderMarked(const FolderItem& folder);
+    /// Whether the filter lets `folder` show: it is off, or the folder or one under it is marked.
+    bool shouldDisplayFolder(const FolderItem& folder) const;
+    /// Expands the way down to `folder`, opens it and asks for its row to be scrolled into view.
+    void revealFolderInTree(const FolderItem& folder);
+    /// The same for the folder of the track that plays; the filter is turned off for it.
+    void revealPlayingTrackFolder();
+
+    // ---- Folder search -------------------------------------------------------------------------
+    /// Every assignment schedules a search, a quarter of a second later, for what it then holds.
+    Published<QString> searchQuery;
+    Published<FolderList> folderSearchResults;
+    Published<bool> isFolderSearchInProgress{false};
+
+    // ---- Tags of the open folder ---------------------------------------------------------------
+    /// The folder whose tags are being read.
+    Published<std::optional<QByteArray>> metadataLoadingFolderID;
+
+    /// Puts rewritten records in the place of the old ones, in every list on show or playing.
+    void applyMetadataUpdates(const QList<Track>& tracks);
+
+    // ---- Queue and transport -------------------------------------------------------------------
+    /// The tracks on show.
+    Published<TrackList> playbackQueue;
+    /// The tracks being played through; stays as it is while the user browses elsewhere.
+    Published<TrackList> playingQueue;
+    /// Finished or left tracks, most recent first, at most 30.
+    Published<TrackList> playbackHistory;
+    /// The current track's place in playingQueue.
+    Published<qsizetype> currentIndex{0};
+    Published<bool> isShuffleEnabled{false};
+    /// Remembered.
+    Published<RepeatMode> repeatMode{RepeatMode::off};
+    /// The track that the engine has current.
+    Published<std::optional<Track>> selectedTrack;
+    /// The selection in the track list.
+    Published<QSet<QByteArray>> selectedTrackIDs;
+    /// The last failure, for the window to show.
+    Published<std::optional<QString>> playbackErrorMessage;
+
+    /// The user's explicit choice of a track.
+    void play(const Track& track);
+    void playNext();
+    void playPrevious();
+    void toggleShuffle();
+    /// off, all, nextFolder, off, ...
+    void cycleRepeatMode();
+    /// Tells the engine again which track follows. Called whenever that might have changed.
+    void refreshGaplessQueue();
+    /// What must follow the current track. May build a shuffle order, and has no other effect.
+    std::optional<Track> gaplessNextTrack();
+
+    // ---- Look ----------------------------------------------------------------------------------
+    /// Remembered.
+    Published<AppTheme> selectedTheme{AppTheme::halvenorDark};
+    /// Remembered. Turning it on takes the desktop's look at once.
+    Published<bool> followOSTheme{true};
+
+    /// The desktop's appearance has changed, or a window has appeared.
+    void applySystemColorScheme(SystemAppearance appearance);
+
+    // ---- What it is made of --------------------------------------------------------------------
+    AudioEngineManager& audioEngine() { return audioEngine_; }
+    Settings& settings() { return settings_; }
+
+  private:
+    // Start
+    void connectChangeHandlers();
+    void restoreSettings();
+    void subscribeToEngine();
+    void installEngineCallbacks();
+
+    // Library
+    enum class Persist { no, yes };
+    enum class Select { no, yes };
+    void registerLibraryFolder(const FileUrl& url, Persist persist, Select select);
+    void restoreLibraryFolders();
+    void persistLibraryPaths();
+
+    // Folder tree
+    Task<> loadDirectoryTask(FolderItem folder, std::stop_token token);
+    Task<> loadDirectoryForNavigation(FolderItem folder, std::stop_token token);
+    Task<> navigateToFolder(FileUrl target, FolderItem root, std::stop_token token);
+    Task<> revealPlayingFolderTask(FileUrl folder, std::optional<FolderItem> root,
+                                   std::stop_token token);
+    void storeListing(const QByteArray& folderID, const DirectorySnapshot& listing);
+    std::optional<FolderItem> deepestRootContaining(const QByteArray& path) const;
+    void persistMarkedFolders();
+    void scheduleFolderSearch();
+    Task<> searchTask(QString query, std::stop_token token);
+
+    // Tags
+    void startMetadataEnrichment(const QByteArray& folderID);
+    Task<> enrichmentTask(QByteArray folderID, TrackList tracks, std::vector<qsizetype> unread,
+                          std::stop_token token);
+    void publishEnriched(const QByteArray& folderID, const TrackList& tracks,
+                         const QList<Track>& changed);
+
+    // Queue
+    void loadAndPlay(const Track& track);
+    void addToPlaybackHistory(const std::optional<Track>& track);
+    void rebuildShuffleOrder(std::optional<qsizetype> pinning);
+    void handleGaplessTransition(const Track& track);
+    bool isShuffling() const;
+
+    // Look
+    void followAppearance(SystemAppearance appearance);
+
+    Settings settings_;
+    std::function<SystemAppearance()> systemAppearance_;
+    AudioEngineManager audioEngine_;
+
+    std::vector<qsizetype> shuffleOrder_;
+    qsizetype shufflePosition_ = 0;
+    std::mt19937 random_{std::random_device{}()};
+
+    QHash<QByteArray, std::shared_ptr<TaskSlot>> directoryLoadTasks_;
+    TaskSlot metadataLoadTask_;
+    TaskSlot folderNavigationTask_;
+    TaskSlot folderSearchTask_;
+
+    Throttle<double> positionWrites_;
+    Subscriptions subscriptions_;
+};
+
+}  // namespace halvenor
