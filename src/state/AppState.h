@@ -16,7 +16,7 @@
 #include "model/RepeatMode.h"
 #include "model/TrackList.h"
 #include "model/scanner/DirectorySnapshot.h"
-#include "platform/Appearance.h"
+#include "platform/appearance/SystemAppearance.h"
 #include "platform/Settings.h"
 #include "playback/AudioEngineManager.h"
 #include "state/AppTheme.h"
@@ -157,7 +157,7 @@ class AppState : public QObject {
     void connectChangeHandlers();
     void restoreSettings();
     void subscribeToEngine();
-    void installEngineCallbacks();
+    void installLoadFailureReport();
 
     // Library
     enum class Persist { no, yes };
@@ -190,6 +190,7 @@ class AppState : public QObject {
     void addToPlaybackHistory(const std::optional<Track>& track);
     void rebuildShuffleOrder(std::optional<qsizetype> pinning);
     void handleGaplessTransition(const Track& track);
+    void repeatModeChanged(RepeatMode mode);
     bool isShuffling() const;
 
     // Look
