@@ -1,11 +1,5 @@
 #pragma once
 
-#include "base/MoveTable.h"
-#include "base/Published.h"
-#include "model/Track.h"
-#include "platform/audio/AudioEngine.h"
-#include "platform/audio/PlayerNode.h"
-
 #include <QTimer>
 #include <QUuid>
 
@@ -15,6 +9,13 @@
 #include <memory>
 #include <optional>
 #include <vector>
+
+#include "base/MoveTable.h"
+#include "base/Published.h"
+#include "model/Track.h"
+#include "platform/audio/AudioEngine.h"
+#include "platform/audio/PlayerNode.h"
+#include "playback/PlaybackFile.h"
 
 namespace halvenor {
 
@@ -28,7 +29,7 @@ namespace halvenor {
 /// and the identity of the head of the schedule tell the stale ones. Main thread throughout.
 class AudioEngineManager {
   public:
-    using FileOpener = std::function<std::shared_ptr<AudioFile>(const FileUrl&)>;
+    using FileOpener = halvenor::FileOpener;
 
     /// Opens nothing yet: the output is opened by the first load.
     /// @param openFile how files are opened for reading; throws what it fails with
@@ -59,7 +60,7 @@ class AudioEngineManager {
 
     /// Replaces everything with this track at `position` seconds. A position at or past the end is
     /// the beginning.
-    void load(const Track& track, double position, bool autoplay);
+    void load(Track track, double position, bool autoplay);
     void loadAndPlay(const Track& track) { load(track, 0, true); }
     void resume();
     void pause();
@@ -89,40 +90,44 @@ class AudioEngineManager {
 
   private:
     struct ScheduledTrack {
+        /// Of this one scheduling: a file that is scheduled twice has two.
         QUuid id;
         Track track;
-        std::shared_ptr<AudioFile> file;
+        PlaybackFile opened;
         double duration = 0;
-        std::optional<FileUrl> temporaryAliasUrl;
     };
-    struct OpenedFile {
-        std::shared_ptr<AudioFile> file;
-        std::optional<FileUrl> temporaryAliasUrl;
-    };
-
-    OpenedFile openAudioFile(const Track& track) const;
-    ScheduledTrack makeEntry(const Track& track, OpenedFile opened) const;
-    void schedule(const ScheduledTrack& entry, double position, uint64_t generation);
+    /// Opens the track's file; a failure goes to onLoadFailed and gives nothing.
+    std::optional<PlaybackFile> openOrReport(const Track& track);
+    static ScheduledTrack makeEntry(const Track& track, PlaybackFile opened);
+    void schedule(ScheduledTrack entry, double position);
     void scheduledTrackFinished(const QUuid& id, uint64_t generation);
     void appendNextTrack(const Track& track);
-    void rebuildCurrentSchedule(const std::optional<Track>& next);
-    void restartSchedule(const OpenedFile& opened, double position);
+    void restartCurrentTrack(double position, const std::optional<Track>& next);
     void invalidateSchedule();
     void startEngineIfNeeded();
+    void startPlaying();
+    void setPlaying(bool playing);
+    void setTimeline(double basePosition, std::optional<int64_t> startSample);
     void applyNodeVolume();
-    void reportFailure(const Track& track, std::exception_ptr error) const;
-    void reloadAfterConfigurationChange();
+    void reportFailure(const Track& track, const std::exception_ptr& error) const;
+    void restartAfterConfigurationChange();
 
     FileOpener openFile_;
     PlayerNode playerNode_;
     AudioEngine engine_;
+    /// Element 0 sounds, element 1 is queued behind it; never more.
     std::vector<ScheduledTrack> scheduledTracks_;
+    /// One more each time the schedule is thrown away.
     uint64_t scheduleGeneration_ = 0;
     QTimer progressTimer_;
     float volumeBeforeMute_ = 1.0F;
+    /// Seconds into the track that the node's timelineStartSample_ stands for.
     double timelineBasePosition_ = 0;
+    /// Absent: the next reading of the node's sample time supplies it.
     std::optional<int64_t> timelineStartSample_;
-    std::shared_ptr<AudioEngineManager*> weakSelf_;
+    bool leftoverAliasesRemoved_ = false;
+    /// What posted work holds weakly; ends with the manager, first of all.
+    std::shared_ptr<AudioEngineManager*> self_;
 };
 
 }  // namespace halvenor
