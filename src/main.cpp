@@ -1,0 +1,66 @@
+// The entry: the state first, then the window on it. With "--test" the program also plays through
+// a small library of its own, prints what it saw, and ends.
+#include "platform/appearance/SystemAppearance.h"
+#include "platform/audio/Outputs.h"
+#include "platform/settings/Settings.h"
+#include "selftest/SelfTest.h"
+#include "state/AppState.h"
+#include "ui/mainwindow/MainWindow.h"
+#include "ui/theme/ThemeInstaller.h"
+
+#include <QApplication>
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace {
+
+using namespace halvenor;
+
+bool hasDisplay() {
+    return qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+           qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
+}
+
+bool wantsSelfTest(int argc, char** argv) {
+    const std::span arguments(argv, static_cast<size_t>(argc));
+    return std::ranges::any_of(arguments.subspan(std::min<size_t>(1, arguments.size())),
+                               [](std::string_view argument) { return argument == "--test"; });
+}
+
+AppState::Dependencies userDependencies() {
+    return AppState::Dependencies(makeSystemOutput(QStringLiteral("Halvenor")),
+                                  Settings::defaultFile(), &currentSystemAppearance);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const bool isSelfTest = wantsSelfTest(argc, argv);
+    if (isSelfTest && !hasDisplay()) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("Halvenor"));
+    QApplication::setDesktopFileName(QStringLiteral("halvenor"));
+
+    // The self-test has a home of its own: the user's settings are neither read nor written.
+    std::optional<SelfTestHome> selfTestHome;
+    if (isSelfTest) {
+        selfTestHome.emplace();
+    }
+    AppState state(isSelfTest ? selfTestHome->dependencies() : userDependencies());
+    installTheme(state, application);
+    MainWindow window(state);
+    window.show();
+
+    std::optional<SelfTest> selfTest;
+    if (isSelfTest) {
+        selfTest.emplace(state, *selfTestHome);
+        selfTest->start([] { QApplication::exit(0); });
+    }
+    return QApplication::exec();
+}
