@@ -31,7 +31,9 @@ QCollatorSortKey localizedStandardKey(const QString& text) {
 }
 
 bool localizedCaseInsensitiveContains(const QString& text, const QString& part) {
-    return text.contains(part, Qt::CaseInsensitive);
+    // Composed: other systems store "é" as two characters where a keyboard here types one.
+    return text.normalized(QString::NormalizationForm_C)
+        .contains(part.normalized(QString::NormalizationForm_C), Qt::CaseInsensitive);
 }
 
 }  // namespace halvenor

@@ -18,7 +18,8 @@ int localizedStandardCompare(const QString& a, const QString& b);
 /// compared many times. Keys stay valid after their thread has ended.
 QCollatorSortKey localizedStandardKey(const QString& text);
 
-/// Whether `text` contains `part`, case aside. An empty part is in every text.
+/// Whether `text` contains `part`, case and composed or decomposed accents aside. An empty part is
+/// in every text.
 bool localizedCaseInsensitiveContains(const QString& text, const QString& part);
 
 }  // namespace halvenor

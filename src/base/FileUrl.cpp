@@ -102,18 +102,22 @@ QByteArray FileUrl::encoded() const {
 }
 
 std::optional<FileUrl> FileUrl::fromEncoded(const QByteArray& text) {
-    static const QByteArray scheme = "file://";
+    static const QByteArray scheme = "file:";
+    static const QByteArray host = "//localhost";
     if (text.left(scheme.size()).toLower() != scheme) {
         return std::nullopt;
     }
     QByteArray rest = text.mid(scheme.size());
-    if (rest.startsWith("localhost/")) {
-        rest = rest.mid(9);
+    if (rest.left(host.size()).toLower() == host) {
+        rest = rest.mid(host.size());
+    } else if (rest.startsWith("//")) {
+        rest = rest.mid(2);
     }
-    if (!rest.startsWith('/')) {
+    const QByteArray path = QByteArray::fromPercentEncoding(rest);
+    if (!rest.startsWith('/') || path.contains('\0')) {
         return std::nullopt;
     }
-    return FileUrl(QByteArray::fromPercentEncoding(rest));
+    return FileUrl(path);
 }
 
 QString displayText(const QByteArray& pathBytes) {

@@ -41,7 +41,8 @@ class FileUrl {
     /// "file://" and the path with every byte outside the unreserved set of RFC 3986 (and "/")
     /// percent-encoded, so that any bytes survive.
     QByteArray encoded() const;
-    /// Reads what encoded() writes, with "localhost" or no host. Absent for any other scheme.
+    /// Reads what encoded() writes, with "localhost" or no host, and "file:/path". Absent for any
+    /// other scheme or host, and where a zero byte is encoded, which no path can hold.
     static std::optional<FileUrl> fromEncoded(const QByteArray& text);
 
     friend bool operator==(const FileUrl& a, const FileUrl& b) { return a.path_ == b.path_; }

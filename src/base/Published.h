@@ -56,7 +56,9 @@ using Subscriptions = std::vector<Subscription>;
 /// A value that tells its observers of every assignment, equal values included.
 ///
 /// An observer runs synchronously, after the new value is in place. It may subscribe, end any
-/// subscription (its own too) and assign again while it runs. Main thread.
+/// subscription (its own too) and assign again while it runs: then every observer hears of the
+/// inner value first, and those that were still to hear of the outer one get the inner one again.
+/// It must not destroy the Published. Main thread.
 template <class T>
 class Published {
   public:
@@ -88,7 +90,7 @@ class Published {
     Subscription subscribe(std::function<void(const T&)> observer) {
         auto listener = std::make_shared<Entry>();
         listener->observer = std::move(observer);
-        entries_.push_back(listener);
+        add(listener);
         return Subscription(listener);
     }
 
@@ -106,7 +108,7 @@ class Published {
                 }
             });
         };
-        entries_.push_back(listener);
+        add(listener);
         listener->observer(value_);
         return Subscription(listener);
     }
@@ -115,6 +117,20 @@ class Published {
     struct Entry : detail::Listener {
         std::function<void(const T&)> observer;
     };
+
+    void add(std::shared_ptr<Entry> entry) {
+        // Observers that come and go between assignments must not pile up.
+        if (entries_.size() == entries_.capacity()) {
+            removeEnded();
+        }
+        entries_.push_back(std::move(entry));
+    }
+
+    void removeEnded() {
+        if (depth_ == 0) {
+            std::erase_if(entries_, [](const auto& entry) { return !entry->active; });
+        }
+    }
 
     void notify() {
         ++depth_;
@@ -126,9 +142,8 @@ class Published {
                 entry->observer(value_);
             }
         }
-        if (--depth_ == 0) {
-            std::erase_if(entries_, [](const auto& entry) { return !entry->active; });
-        }
+        --depth_;
+        removeEnded();
     }
 
     T value_{};

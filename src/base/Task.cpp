@@ -17,6 +17,8 @@ Task<> runToItsEnd(Task<> task) {
         co_return;
     } catch (const std::exception& error) {
         qWarning("A task ended with an error that nobody handled: %s", error.what());
+    } catch (...) {
+        qWarning("A task ended with an error that nobody handled");
     }
 }
 
@@ -68,6 +70,7 @@ Service::Service(int threads) {
 }
 
 Service::~Service() {
+    *isEnding_ = true;
     pool_.waitForDone();
 }
 

@@ -3,6 +3,7 @@
 #include <QCoroTask>
 #include <QThreadPool>
 
+#include <atomic>
 #include <chrono>
 #include <coroutine>
 #include <exception>
@@ -12,6 +13,7 @@
 #include <stop_token>
 #include <type_traits>
 #include <utility>
+#include <variant>
 
 #include "base/MainThread.h"
 
@@ -29,7 +31,7 @@ namespace halvenor {
 template <class T = void>
 using Task = QCoro::Task<T>;
 
-/// Thrown at the wait for a job whose token was stopped before the job began.
+/// Thrown at the wait for a job whose token was stopped, or whose service ended, before it began.
 class Cancelled : public std::exception {
   public:
     const char* what() const noexcept override { return "cancelled"; }
@@ -44,11 +46,12 @@ void spawn(Task<> task);
 class TaskSlot {
   public:
     TaskSlot() = default;
-    TaskSlot(TaskSlot&&) noexcept = default;
+    TaskSlot(TaskSlot&& other) noexcept : source_(std::exchange(other.source_, std::nullopt)) {}
     TaskSlot& operator=(TaskSlot&& other) noexcept;
     ~TaskSlot() { cancel(); }
 
-    /// Starts `coroutine(token)` after asking the present task to stop.
+    /// Starts `coroutine(token)` after asking the present task to stop. What is handed in is gone
+    /// when this returns: a lambda with captures may call a coroutine, but not be one.
     template <class Coroutine>
     void start(Coroutine coroutine) {
         cancel();
@@ -61,15 +64,16 @@ class TaskSlot {
     void cancel();
     /// Forgets the task without stopping it.
     void clear() { source_.reset(); }
-    /// Whether a task was started and neither cancelled nor cleared.
+    /// Whether a task was started and neither cancelled nor cleared. A task that has ended still
+    /// counts until it clears its slot, which it may do only while its token is not stopped.
     bool isOccupied() const { return source_.has_value(); }
 
   private:
     std::optional<std::stop_source> source_;
 };
 
-/// A result that a worker thread is making. Copies share it; one coroutine awaits it, on the main
-/// thread, and gets the value or the exception that ended the job.
+/// A result that a worker thread is making. Copies share it; one coroutine awaits it once, on the
+/// main thread, and gets the value or the exception that ended the job.
 template <class T>
 class [[nodiscard]] Job {
   public:
@@ -101,21 +105,30 @@ class Service {
   public:
     /// @param threads how many jobs may run side by side
     explicit Service(int threads = 1);
-    /// Waits for the running jobs; results that have not been delivered are dropped.
+    /// Waits for the running jobs. Those still in the queue do nothing, and their waiters get
+    /// Cancelled.
     ~Service();
 
     /// Queues `work(token)`. The token is `token`: work that takes long polls it. A job whose token
-    /// is stopped before it begins does nothing, and its waiter gets Cancelled.
+    /// is stopped before it begins does nothing, and its waiter gets Cancelled. Work is copyable;
+    /// work that returns nothing makes a Job of std::monostate.
     template <class Work>
     auto run(Work work, std::stop_token token = {}) {
-        using Value = std::invoke_result_t<Work&, std::stop_token>;
+        using Result = std::invoke_result_t<Work&, std::stop_token>;
+        using Value = std::conditional_t<std::is_void_v<Result>, std::monostate, Result>;
         auto state = std::make_shared<typename Job<Value>::State>();
-        pool_.start([state, work = std::optional<Work>(std::move(work)), token]() mutable {
+        pool_.start([state, work = std::optional<Work>(std::move(work)), token,
+                     isEnding = isEnding_]() mutable {
             try {
-                if (token.stop_requested()) {
+                if (token.stop_requested() || *isEnding) {
                     throw Cancelled();
                 }
-                state->value.emplace((*work)(token));
+                if constexpr (std::is_void_v<Result>) {
+                    (*work)(token);
+                    state->value.emplace();
+                } else {
+                    state->value.emplace((*work)(token));
+                }
             } catch (...) {
                 state->error = std::current_exception();
             }
@@ -131,6 +144,7 @@ class Service {
     }
 
   private:
+    std::shared_ptr<std::atomic<bool>> isEnding_ = std::make_shared<std::atomic<bool>>(false);
     QThreadPool pool_;
 };
 

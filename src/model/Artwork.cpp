@@ -41,15 +41,27 @@ ArtworkPool& ArtworkPool::shared() {
     return pool;
 }
 
+// Now and then, so that the pool does not grow with every cover that was ever seen.
+void ArtworkPool::removeDead() {
+    if (candidatesByKey_.size() < nextCleaning_) {
+        return;
+    }
+    std::erase_if(candidatesByKey_, [](const auto& entry) {
+        return std::ranges::all_of(entry.second,
+                                   [](const auto& candidate) { return candidate.expired(); });
+    });
+    nextCleaning_ = std::max(firstCleaning, 2 * candidatesByKey_.size());
+}
+
 Artwork ArtworkPool::intern(const char* data, size_t size) {
     const size_t key = candidateKey(data, size);
     const std::scoped_lock lock(mutex_);
+    removeDead();
     Candidates& candidates = candidatesByKey_[key];
     std::erase_if(candidates, [](const auto& candidate) { return candidate.expired(); });
     for (const auto& candidate : candidates) {
         const auto bytes = candidate.lock();
-        if (bytes && static_cast<size_t>(bytes->size()) == size &&
-            std::memcmp(bytes->constData(), data, size) == 0) {
+        if (bytes && QByteArrayView(*bytes) == QByteArrayView(data, static_cast<qsizetype>(size))) {
             return Artwork(bytes);
         }
     }

@@ -50,10 +50,14 @@ class ArtworkPool {
     Artwork intern(const char* data, size_t size);
 
   private:
+    static constexpr size_t firstCleaning = 1024;  // keys
     using Candidates = std::vector<std::weak_ptr<const QByteArray>>;
+
+    void removeDead();
 
     std::mutex mutex_;
     std::unordered_map<size_t, Candidates> candidatesByKey_;
+    size_t nextCleaning_ = firstCleaning;
 };
 
 }  // namespace halvenor

@@ -2,6 +2,7 @@
 
 #include <QSharedData>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -130,7 +131,8 @@ QString Track::formattedDuration() const {
     if (!std::isfinite(duration()) || duration() <= 0) {
         return QStringLiteral("0:00");
     }
-    const auto total = static_cast<int64_t>(duration());
+    constexpr double longest = 1e15;  // far beyond any file, well within an integer
+    const auto total = static_cast<int64_t>(std::min(duration(), longest));
     return QString::asprintf("%lld:%02lld", static_cast<long long>(total / 60),
                              static_cast<long long>(total % 60));
 }
@@ -138,11 +140,11 @@ QString Track::formattedDuration() const {
 QString Track::formattedFileSize() const {
     constexpr double kilo = 1000;
     const double kilobytes = static_cast<double>(fileSize()) / kilo;
-    if (kilobytes < kilo) {
+    if (std::round(kilobytes) < kilo) {
         return QString::number(std::round(kilobytes)) + QStringLiteral(" KB");
     }
-    const double tenthsOfMegabytes = std::round(kilobytes / kilo * 10) / 10;
-    return QString::number(tenthsOfMegabytes, 'g', 15) + QStringLiteral(" MB");
+    const double megabytes = std::round(kilobytes / kilo * 10) / 10;
+    return QString::number(megabytes, 'g', 15) + QStringLiteral(" MB");
 }
 
 bool operator==(const Track& a, const Track& b) {

@@ -20,14 +20,14 @@ Track& TrackList::mutableAt(qsizetype row) {
     return (*block)[static_cast<size_t>(row % blockSize)];
 }
 
-void TrackList::append(const Track& track) {
+void TrackList::append(Track track) {
     if (size_ % blockSize == 0) {
         blocks_.push_back(std::make_shared<Block>());
         blocks_.back()->reserve(blockSize);
     } else if (blocks_.back().use_count() > 1) {
         blocks_.back() = std::make_shared<Block>(*blocks_.back());
     }
-    blocks_.back()->push_back(track);
+    blocks_.back()->push_back(std::move(track));
     ++size_;
     if (!rows_ || rows_.use_count() > 1 || rows_->index) {
         rows_ = std::make_shared<Rows>();
@@ -42,13 +42,12 @@ void TrackList::replace(qsizetype row, const Track& track) {
 }
 
 const TrackList::RowIndex& TrackList::index() const {
-    if (!rows_->index) {
+    std::call_once(rows_->isIndexed, [this] {
         auto made = std::make_unique<RowIndex>();
         made->firstRow.reserve(size_);
         for (qsizetype row = size_ - 1; row >= 0; --row) {
             qsizetype& first = made->firstRow[at(row).id()];
-            // A fresh entry is 0; only the last row visited may be row 0 itself.
-            const bool isRepeated = first != 0;
+            const bool isRepeated = first != 0;  // Rows are counted from 1 here.
             if (isRepeated) {
                 made->nextRowOfSameId.resize(static_cast<size_t>(size_), -1);
                 made->nextRowOfSameId[static_cast<size_t>(row)] = first - 1;
@@ -56,7 +55,7 @@ const TrackList::RowIndex& TrackList::index() const {
             first = row + 1;
         }
         rows_->index = std::move(made);
-    }
+    });
     return *rows_->index;
 }
 

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -29,7 +30,7 @@ class TrackList {
     const Track& operator[](qsizetype row) const { return at(row); }
     const Track& first() const { return at(0); }
 
-    void append(const Track& track);
+    void append(Track track);
     void replace(qsizetype row, const Track& track);
 
     /// The first row whose track has this id, or -1. The first call on a list indexes it; copies
@@ -88,6 +89,7 @@ class TrackList {
         std::vector<qsizetype> nextRowOfSameId;  // -1 ends a chain; empty while no id repeats
     };
     struct Rows {
+        std::once_flag isIndexed;  // Copies on several threads may be the first to ask.
         std::unique_ptr<RowIndex> index;
     };
 
