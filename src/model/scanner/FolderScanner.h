@@ -1,12 +1,12 @@
 #pragma once
 
-#include "base/Task.h"
-#include "model/scanner/DirectorySnapshot.h"
-
 #include <QSet>
 
 #include <optional>
 #include <vector>
+
+#include "base/Task.h"
+#include "model/scanner/DirectorySnapshot.h"
 
 namespace halvenor {
 
@@ -14,7 +14,8 @@ namespace halvenor {
 /// music, and searches folders by name. It never opens a file.
 ///
 /// A serialised service: one listing or walk at a time, off the main thread; searches run beside
-/// them. Called and awaited on the main thread. Nothing here fails: what can't be read is empty.
+/// them. Called and awaited on the main thread. Nothing here fails: what can't be read is empty,
+/// and so is what was stopped, which is why whoever stops tests the token before the result.
 class FolderScanner {
   public:
     static FolderScanner& shared();

@@ -1,0 +1,76 @@
+#include "model/scanner/DirectoryReader.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "base/FileDescriptor.h"
+
+namespace halvenor {
+
+namespace {
+
+DIR* openFolder(const FileUrl& url) {
+    FileDescriptor folder(
+        ::open(url.path().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK));
+    if (!folder.isOpen()) {
+        return nullptr;
+    }
+    DIR* const stream = ::fdopendir(folder.get());
+    if (stream) {
+        folder.release();  // The stream owns it now.
+    }
+    return stream;
+}
+
+}  // namespace
+
+DirectoryReader::DirectoryReader(const FileUrl& url) : stream_(openFolder(url)) {}
+
+DirectoryReader::~DirectoryReader() {
+    if (stream_) {
+        ::closedir(stream_);
+    }
+}
+
+std::optional<DirectoryReader::Entry> DirectoryReader::next() {
+    while (stream_) {
+        const dirent* const entry = ::readdir(stream_);
+        if (!entry) {
+            break;
+        }
+        const std::string_view name(entry->d_name);
+        if (name.empty() || name.front() == '.') {
+            continue;
+        }
+        switch (entry->d_type) {
+            case DT_DIR:
+                return Entry{name, Kind::folder, std::nullopt};
+            case DT_REG:
+                return Entry{name, Kind::file, std::nullopt};
+            case DT_UNKNOWN:  // Some file systems leave it to a call for each entry.
+                return classified(name);
+            default:
+                return Entry{name, Kind::ignored, std::nullopt};
+        }
+    }
+    return std::nullopt;
+}
+
+DirectoryReader::Entry DirectoryReader::classified(std::string_view name) const {
+    struct stat status = {};
+    if (::fstatat(::dirfd(stream_), name.data(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+        return Entry{name, Kind::file, 0};
+    }
+    if (S_ISDIR(status.st_mode)) {
+        return Entry{name, Kind::folder, std::nullopt};
+    }
+    return Entry{name, S_ISREG(status.st_mode) ? Kind::file : Kind::ignored, status.st_size};
+}
+
+int64_t DirectoryReader::fileSize(std::string_view name) const {
+    struct stat status = {};
+    const int result = ::fstatat(::dirfd(stream_), name.data(), &status, AT_SYMLINK_NOFOLLOW);
+    return result == 0 ? status.st_size : 0;
+}
+
+}  // namespace halvenor
