@@ -1,7 +1,5 @@
 #pragma once
 
-#include "base/FileUrl.h"
-
 #include <QByteArray>
 #include <QHash>
 #include <QList>
@@ -10,6 +8,8 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+
+#include "base/FileUrl.h"
 
 namespace halvenor {
 
@@ -45,6 +45,7 @@ class Settings {
     std::optional<QHash<QByteArray, QByteArray>> dataByPath(std::string_view key) const;
 
     void setBoolean(std::string_view key, bool value);
+    /// A value that is not finite changes nothing: the file can't hold it.
     void setNumber(std::string_view key, double value);
     void setString(std::string_view key, const QString& value);
     void setPath(std::string_view key, const QByteArray& path);

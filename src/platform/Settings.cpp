@@ -1,0 +1,204 @@
+#include "platform/Settings.h"
+
+#include <QTimer>
+
+#include <chrono>
+#include <cmath>
+#include <pwd.h>
+#include <string>
+#include <unistd.h>
+#include <utility>
+
+#include "base/Error.h"
+#include "platform/SettingsFile.h"
+#include "platform/SettingsValue.h"
+
+namespace halvenor {
+
+using settings::Json;
+
+namespace {
+
+// At most one write in this time while values change.
+constexpr std::chrono::seconds writeDelay{1};
+
+QByteArray homeFolder() {
+    const QByteArray home = qgetenv("HOME");
+    if (!home.isEmpty()) {
+        return home;
+    }
+    const passwd* const user = ::getpwuid(::getuid());
+    return user ? QByteArray(user->pw_dir) : QByteArray("/");
+}
+
+}  // namespace
+
+class Settings::Impl {
+  public:
+    explicit Impl(const FileUrl& file) : file_(file) {
+        settings::Contents contents = settings::read(file);
+        values_ = std::move(contents.values);
+        isDamaged_ = contents.isDamaged;
+        timer_.setSingleShot(true);
+        timer_.setInterval(writeDelay);
+        timer_.callOnTimeout(&timer_, [this] { flush(); });
+    }
+
+    const Json* find(std::string_view key) const {
+        const auto found = values_.find(key);
+        return found == values_.end() ? nullptr : &found->second;
+    }
+
+    void set(std::string_view key, Json value) {
+        const Json* const present = find(key);
+        if (!present || *present != value) {
+            values_.insert_or_assign(std::string(key), std::move(value));
+            noteChange();
+        }
+    }
+
+    void remove(std::string_view key) {
+        const auto found = values_.find(key);
+        if (found != values_.end()) {
+            values_.erase(found);
+            noteChange();
+        }
+    }
+
+    bool flush() {
+        timer_.stop();
+        if (!hasChanged_) {
+            return true;
+        }
+        try {
+            if (isDamaged_) {
+                settings::copyAside(file_);
+                isDamaged_ = false;
+            }
+            settings::write(file_, values_);
+            hasChanged_ = false;
+        } catch (const Error& error) {
+            qWarning("The settings could not be written to %s: %s", file_.path().constData(),
+                     error.what());
+        }
+        return !hasChanged_;
+    }
+
+  private:
+    // The first change starts the time; later ones do not put it off.
+    void noteChange() {
+        hasChanged_ = true;
+        if (!timer_.isActive()) {
+            timer_.start();
+        }
+    }
+
+    FileUrl file_;
+    settings::Values values_;
+    bool isDamaged_ = false;
+    bool hasChanged_ = false;
+    QTimer timer_;
+};
+
+Settings::Settings(const FileUrl& file) : impl_(std::make_unique<Impl>(file)) {}
+
+Settings::~Settings() {
+    impl_->flush();
+}
+
+FileUrl Settings::defaultFile() {
+    const QByteArray configured = qgetenv("XDG_CONFIG_HOME");
+    // A relative folder is to be ignored: https://specifications.freedesktop.org/basedir-spec
+    const FileUrl folder = configured.startsWith('/')
+                               ? FileUrl(configured)
+                               : FileUrl(homeFolder()).appendingPathComponent(".config");
+    return folder.appendingPathComponent("Halvenor").appendingPathComponent("settings.json");
+}
+
+bool Settings::contains(std::string_view key) const {
+    return impl_->find(key);
+}
+
+std::optional<bool> Settings::boolean(std::string_view key) const {
+    const Json* const value = impl_->find(key);
+    return value && value->is_boolean() ? std::optional(value->get<bool>()) : std::nullopt;
+}
+
+std::optional<double> Settings::number(std::string_view key) const {
+    const Json* const value = impl_->find(key);
+    return value && value->is_number() ? std::optional(value->get<double>()) : std::nullopt;
+}
+
+std::optional<QString> Settings::string(std::string_view key) const {
+    const Json* const value = impl_->find(key);
+    return value ? settings::toString(*value) : std::nullopt;
+}
+
+std::optional<QByteArray> Settings::path(std::string_view key) const {
+    const Json* const value = impl_->find(key);
+    return value ? settings::toPath(*value) : std::nullopt;
+}
+
+std::optional<QList<QByteArray>> Settings::paths(std::string_view key) const {
+    const Json* const value = impl_->find(key);
+    return value ? settings::toPaths(*value) : std::nullopt;
+}
+
+std::optional<QByteArray> Settings::data(std::string_view key) const {
+    const Json* const value = impl_->find(key);
+    return value ? settings::toData(*value) : std::nullopt;
+}
+
+std::optional<QList<QByteArray>> Settings::dataList(std::string_view key) const {
+    const Json* const value = impl_->find(key);
+    return value ? settings::toDataList(*value) : std::nullopt;
+}
+
+std::optional<QHash<QByteArray, QByteArray>> Settings::dataByPath(std::string_view key) const {
+    const Json* const value = impl_->find(key);
+    return value ? settings::toDataByPath(*value) : std::nullopt;
+}
+
+void Settings::setBoolean(std::string_view key, bool value) {
+    impl_->set(key, Json(value));
+}
+
+void Settings::setNumber(std::string_view key, double value) {
+    if (std::isfinite(value)) {
+        impl_->set(key, Json(value));
+    }
+}
+
+void Settings::setString(std::string_view key, const QString& value) {
+    impl_->set(key, settings::fromString(value));
+}
+
+void Settings::setPath(std::string_view key, const QByteArray& path) {
+    impl_->set(key, settings::fromPath(path));
+}
+
+void Settings::setPaths(std::string_view key, const QList<QByteArray>& paths) {
+    impl_->set(key, settings::fromPaths(paths));
+}
+
+void Settings::setData(std::string_view key, const QByteArray& data) {
+    impl_->set(key, settings::fromData(data));
+}
+
+void Settings::setDataList(std::string_view key, const QList<QByteArray>& list) {
+    impl_->set(key, settings::fromDataList(list));
+}
+
+void Settings::setDataByPath(std::string_view key, const QHash<QByteArray, QByteArray>& map) {
+    impl_->set(key, settings::fromDataByPath(map));
+}
+
+void Settings::remove(std::string_view key) {
+    impl_->remove(key);
+}
+
+bool Settings::flush() {
+    return impl_->flush();
+}
+
+}  // namespace halvenor
