@@ -62,6 +62,10 @@ class Function<Result(Arguments...)> {
     mutable std::atomic<Pointer> pointer_{nullptr};
 };
 
+// Some signatures carry attributes that a template argument does not keep; none matters to a call.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wignored-attributes"
+
 // NOLINTNEXTLINE(cppcoreguidelines-macro-usage): a function's name is needed as a text, too.
 #define HALVENOR_FFMPEG(library, function) \
     inline constinit const Function<decltype(::function)> function(Library::library, #function)
@@ -147,5 +151,6 @@ HALVENOR_FFMPEG(resample, swr_get_out_samples);
 HALVENOR_FFMPEG(resample, swr_init);
 
 #undef HALVENOR_FFMPEG
+#pragma GCC diagnostic pop
 
 }  // namespace halvenor::ffmpeg
