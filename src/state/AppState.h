@@ -17,7 +17,7 @@
 #include "model/TrackList.h"
 #include "model/scanner/DirectorySnapshot.h"
 #include "platform/appearance/SystemAppearance.h"
-#include "platform/Settings.h"
+#include "platform/settings/Settings.h"
 #include "playback/AudioEngineManager.h"
 #include "state/AppTheme.h"
 

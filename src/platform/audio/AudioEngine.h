@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/audio/AudioOutput.h"
-#include "platform/audio/PlayerNode.h"
-
 #include <functional>
 #include <memory>
+
+#include "platform/audio/AudioOutput.h"
+#include "platform/audio/PlayerNode.h"
 
 namespace halvenor {
 

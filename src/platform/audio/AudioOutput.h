@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/decode/AudioFormat.h"
-
 #include <cstdint>
 #include <functional>
 #include <memory>
+
+#include "platform/decode/AudioFormat.h"
 
 namespace halvenor {
 

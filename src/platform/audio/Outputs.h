@@ -1,10 +1,10 @@
 #pragma once
 
-#include "platform/audio/AudioOutput.h"
-
 #include <QString>
 
 #include <memory>
+
+#include "platform/audio/AudioOutput.h"
 
 namespace halvenor {
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "platform/decode/AudioFile.h"
-#include "platform/decode/AudioFormat.h"
-
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
+
+#include "platform/decode/AudioFile.h"
+#include "platform/decode/AudioFormat.h"
 
 namespace halvenor {
 
@@ -55,6 +55,11 @@ class PlayerNode {
     std::optional<int64_t> sampleTime() const;
     /// The output's frames per second; 0 while the engine has never run.
     double outputSampleRate() const;
+
+    /// Waits until all that was asked for is done and nothing is left to do at this moment of the
+    /// output's clock: decoded as far as there is room, handlers of what was heard called. For
+    /// tests, which move that clock by hand.
+    void waitUntilIdle();
 
   private:
     friend class AudioEngine;

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "base/FileUrl.h"
-#include "platform/decode/AudioFormat.h"
-
 #include <cstdint>
 #include <memory>
+
+#include "base/FileUrl.h"
+#include "platform/decode/AudioFormat.h"
 
 namespace halvenor {
 

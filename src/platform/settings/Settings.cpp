@@ -1,4 +1,4 @@
-#include "platform/Settings.h"
+#include "platform/settings/Settings.h"
 
 #include <QTimer>
 
@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "base/Error.h"
-#include "platform/SettingsFile.h"
-#include "platform/SettingsValue.h"
+#include "platform/settings/SettingsFile.h"
+#include "platform/settings/SettingsValue.h"
 
 namespace halvenor {
 

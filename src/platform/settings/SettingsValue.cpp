@@ -1,4 +1,4 @@
-#include "platform/SettingsValue.h"
+#include "platform/settings/SettingsValue.h"
 
 #include <algorithm>
 #include <string>

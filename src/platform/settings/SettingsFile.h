@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/FileUrl.h"
-#include "platform/SettingsValue.h"
+#include "platform/settings/SettingsValue.h"
 
 namespace halvenor::settings {
 
