@@ -1,11 +1,11 @@
 #pragma once
 
+#include <QList>
+#include <QSet>
+
 #include "base/FileUrl.h"
 #include "base/Task.h"
 #include "model/Track.h"
-
-#include <QList>
-#include <QSet>
 
 namespace halvenor {
 

@@ -1,0 +1,64 @@
+#include "tags/TagService.h"
+
+#include <QThread>
+
+#include <algorithm>
+
+#include "tags/TagReading.h"
+
+namespace halvenor {
+
+namespace {
+
+// A batch mostly waits for the disk, so one thread more than a single core is of use; beyond a few
+// a disk gains nothing.
+int batchThreads() {
+    return std::clamp(QThread::idealThreadCount(), 2, 4);
+}
+
+QList<Track> readTracks(const QList<FileUrl>& urls, const std::stop_token& token) {
+    QList<Track> tracks;
+    tracks.reserve(urls.size());
+    for (const FileUrl& url : urls) {
+        if (token.stop_requested()) {
+            throw Cancelled();
+        }
+        tracks.append(readTrack(url));
+    }
+    return tracks;
+}
+
+}  // namespace
+
+TagService::TagService() : batches_(batchThreads()) {}
+
+TagService& TagService::shared() {
+    static TagService service;
+    return service;
+}
+
+const QSet<QByteArray>& TagService::supportedExtensions() {
+    static const QSet<QByteArray> extensions{"mp3", "m4a", "flac", "wav", "aiff",
+                                             "aif", "aac", "ogg",  "alac"};
+    return extensions;
+}
+
+bool TagService::isSupportedAudioFile(const FileUrl& url) {
+    return supportedExtensions().contains(url.pathExtension().toLower());
+}
+
+bool TagService::supportsTagWriting(const FileUrl& url) {
+    const QByteArray extension = url.pathExtension().toLower();
+    return extension == "mp3" || extension == "flac";
+}
+
+Job<Track> TagService::readMetadata(const FileUrl& url, std::stop_token token) {
+    return single_.run([url](const std::stop_token&) { return readTrack(url); }, token);
+}
+
+Job<QList<Track>> TagService::readMetadata(const QList<FileUrl>& urls, std::stop_token token) {
+    return batches_.run([urls](const std::stop_token& stop) { return readTracks(urls, stop); },
+                        token);
+}
+
+}  // namespace halvenor
