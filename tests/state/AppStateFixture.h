@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+#include "state/AppState.h"
+#include "support/EventLoop.h"
+#include "support/ManualOutput.h"
+
+namespace halvenor::test {
+
+/// A real AppState on a real, temporary folder of music, with an output that is pulled by hand.
+class AppStateFixture : public testing::Test {
+  protected:
+    AppStateFixture();
+
+    /// Ends the state there is, settings saved, and starts another on the same settings.
+    void startState();
+    AppState& state() { return *state_; }
+    AudioEngineManager& engine() { return state_->audioEngine(); }
+
+    FileUrl folder(const QByteArray& relative) const;
+    /// Makes the folder and, in it, a short stereo WAV file for each name.
+    void makeFolder(const QByteArray& relative, const std::vector<QByteArray>& files = {});
+
+    FolderItem item(const QByteArray& relative) const { return FolderItem(folder(relative), true); }
+    /// Opens the folder and waits until it is listed and its tags are read.
+    void openAndRead(const QByteArray& relative);
+    /// Adds the Location and waits until it is listed.
+    void addLocation(const QByteArray& relative);
+
+    /// Plays what the node has until `condition` holds.
+    bool playUntil(const std::function<bool()>& condition);
+    /// Plays to the end of the current track, and on into the next or to the end of all.
+    void playTrackToItsEnd();
+
+    Settings storedSettings();
+
+    SystemAppearance appearance_ = SystemAppearance::light;
+    ManualOutput* output_ = nullptr;
+
+  private:
+    QTemporaryDir directory_;
+    std::unique_ptr<AppState> state_;
+};
+
+/// The files' names without their extensions, in order, joined by blanks.
+QByteArray titles(const TrackList& tracks);
+/// The folders' names in order, joined by blanks.
+QByteArray names(const FolderList& folders);
+
+/// Frames in each file that makeFolder makes, at 44,100 Hz.
+inline constexpr int64_t framesPerTrack = 2000;
+
+}  // namespace halvenor::test

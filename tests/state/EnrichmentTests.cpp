@@ -1,0 +1,129 @@
+#include <filesystem>
+
+#include "AppStateFixture.h"
+
+namespace halvenor::test {
+namespace {
+
+std::vector<QByteArray> numbered(int count) {
+    std::vector<QByteArray> files;
+    for (int i = 1; i <= count; ++i) {
+        files.push_back(QByteArray::number(i) + ".wav");
+    }
+    return files;
+}
+
+int readTracks(const TrackList& tracks) {
+    int read = 0;
+    for (const Track& track : tracks) {
+        read += track.duration() > 0;
+    }
+    return read;
+}
+
+class Batches : public AppStateFixture,
+                public testing::WithParamInterface<std::pair<int, std::vector<int>>> {};
+
+// Each publication is seen as the number of tracks that have been read by then, from the top.
+TEST_P(Batches, arePublishedEightAtATimeInListingOrder) {
+    const auto& [count, expected] = GetParam();
+    makeFolder("m", numbered(count));
+    std::vector<int> published;
+    const Subscription seen = state().playbackQueue.subscribe([&](const TrackList& tracks) {
+        const int read = readTracks(tracks);
+        if (read == 0) {
+            return;
+        }
+        published.push_back(read);
+        EXPECT_GT(tracks[read - 1].duration(), 0);
+    });
+    addLocation("m");
+    openAndRead("m");
+    EXPECT_EQ(published, expected);
+    EXPECT_EQ(readTracks(state().folderTracks->value(folder("m").path())), count);
+}
+
+INSTANTIATE_TEST_SUITE_P(Counts, Batches,
+                         testing::Values(std::pair{1, std::vector{1}}, std::pair{8, std::vector{8}},
+                                         std::pair{9, std::vector{8, 9}},
+                                         std::pair{100, std::vector{8, 16, 24, 32, 40, 48, 56, 64,
+                                                                    72, 80, 88, 96, 100}}));
+
+using EnrichmentTest = AppStateFixture;
+
+TEST_F(EnrichmentTest, readsAgainOnlyWhatHasNoDuration) {
+    makeFolder("m", {"1.wav", "2.wav"});
+    std::filesystem::create_directories(folder("m").path().toStdString());
+    std::filesystem::resize_file(folder("m/2.wav").path().toStdString(), 0);
+    addLocation("m");
+    openAndRead("m");
+    ASSERT_EQ(readTracks(*state().playbackQueue), 1);
+
+    makeFolder("m", {"2.wav"});
+    std::filesystem::resize_file(folder("m/1.wav").path().toStdString(), 0);
+    openAndRead("m");
+    EXPECT_EQ(readTracks(*state().playbackQueue), 2) << "1 keeps what was read before";
+}
+
+TEST_F(EnrichmentTest, anotherFolderStopsItAndTheFirstGoesOnLater) {
+    makeFolder("m/long", numbered(200));
+    makeFolder("m/short", {"s.wav"});
+    addLocation("m");
+    state().openFolder(item("m/long"));
+    ASSERT_TRUE(spinUntil([&] { return readTracks(*state().playbackQueue) >= 8; }));
+    openAndRead("m/short");
+    EXPECT_EQ(titles(*state().playbackQueue), "s");
+    const int readBefore = readTracks(state().folderTracks->value(folder("m/long").path()));
+    EXPECT_LT(readBefore, 200);
+    spinFor(std::chrono::milliseconds(30));
+    EXPECT_EQ(readTracks(state().folderTracks->value(folder("m/long").path())), readBefore);
+
+    openAndRead("m/long");
+    EXPECT_EQ(readTracks(*state().playbackQueue), 200);
+}
+
+TEST_F(EnrichmentTest, thePlayingTrackGetsItsTagsWithoutAnInterruption) {
+    makeFolder("m", numbered(20));
+    addLocation("m");
+    ASSERT_TRUE(spinUntil([&] { return !state().playbackQueue->isEmpty(); }));
+    state().refreshFolder(item("m"));
+    ASSERT_TRUE(spinUntil([&] { return !state().playbackQueue->isEmpty(); }));
+    const Track skeleton = state().playbackQueue->at(12);
+    ASSERT_EQ(skeleton.duration(), 0);
+    state().play(skeleton);
+    const int sources = output_->setSourceCount;
+    ASSERT_TRUE(spinUntil([&] { return !state().metadataLoadingFolderID->has_value(); }));
+    EXPECT_GT((*state().selectedTrack)->duration(), 0);
+    EXPECT_EQ(readTracks(*state().playingQueue), 20);
+    EXPECT_GT(engine().queuedTrack()->duration(), 0);
+    EXPECT_EQ(output_->setSourceCount, sources);
+}
+
+TEST_F(EnrichmentTest, updatesReachEveryListAndTheLastOfTwoWins) {
+    makeFolder("m/a", {"1.wav", "2.wav"});
+    makeFolder("m/b", {"3.wav"});
+    addLocation("m");
+    openAndRead("m/b");
+    openAndRead("m/a");
+    state().play(state().playbackQueue->first());
+    spinFor(std::chrono::milliseconds(5));
+    Track older = state().playbackQueue->first();
+    Track newer = older;
+    Track elsewhere = state().folderTracks->value(folder("m/b").path()).first();
+    older.setTitle(QStringLiteral("older"));
+    newer.setTitle(QStringLiteral("newer"));
+    elsewhere.setTitle(QStringLiteral("changed"));
+
+    state().applyMetadataUpdates({older, elsewhere, newer});
+    for (const TrackList& list : {*state().playbackQueue, *state().playingQueue,
+                                  state().folderTracks->value(folder("m/a").path())}) {
+        EXPECT_EQ(list.first().title(), QStringLiteral("newer"));
+    }
+    EXPECT_EQ((*state().selectedTrack)->title(), QStringLiteral("newer"));
+    EXPECT_EQ(state().folderTracks->value(folder("m/b").path()).first().title(),
+              QStringLiteral("3"))
+        << "a folder that is not open keeps its copy until it is reloaded";
+}
+
+}  // namespace
+}  // namespace halvenor::test
