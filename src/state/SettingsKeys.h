@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string_view>
+
+/// The keys of the settings file, in one place. docs/settings.md tells what each holds.
+namespace halvenor::settingsKeys {
+
+inline constexpr std::string_view libraryFolderPaths = "LibraryFolderPaths";
+inline constexpr std::string_view markedFolderPaths = "MarkedFolderPaths";
+inline constexpr std::string_view showMarkedFoldersOnly = "ShowMarkedFoldersOnly";
+inline constexpr std::string_view selectedTheme = "SelectedTheme";
+inline constexpr std::string_view followOSTheme = "FollowOSTheme";
+inline constexpr std::string_view lastTrackPath = "PlayerLastTrackPath";
+inline constexpr std::string_view lastPosition = "PlayerLastPosition";
+inline constexpr std::string_view volume = "PlayerVolume";
+inline constexpr std::string_view isMuted = "PlayerIsMuted";
+inline constexpr std::string_view repeatMode = "PlayerRepeatMode";
+inline constexpr std::string_view isShuffleEnabled = "IsShuffleEnabled";
+
+}  // namespace halvenor::settingsKeys
