@@ -4,10 +4,7 @@
 
 #include "base/Error.h"
 #include "platform/decode/DecodedFile.h"
-
-extern "C" {
-#include <libavcodec/packet.h>
-}
+#include "platform/ffmpeg/FFmpeg.h"
 
 namespace halvenor {
 
@@ -29,7 +26,7 @@ std::shared_ptr<AudioFile> AudioFile::open(const FileUrl& url) {
 void revealFormat(const std::shared_ptr<ByteSource>& bytes, StreamLayout& layout) {
     const auto packets = makePacketSource(bytes, layout);
     Decoder decoder(packets->parameters(), layout.decoder);
-    const LavPtr<AVPacket> packet(av_packet_alloc());
+    const LavPtr<AVPacket> packet(ffmpeg::av_packet_alloc());
     SampleBlock block;
     for (int i = 0; i < revealingPackets && block.frames == 0; ++i) {
         if (!packet || !packets->next(*packet)) {
@@ -47,7 +44,7 @@ void revealFormat(const std::shared_ptr<ByteSource>& bytes, StreamLayout& layout
     layout.origin = layout.origin * layout.format.sampleRate / from;
 }
 
-DecodedFile::DecodedFile(std::shared_ptr<ByteSource> bytes) : packet_(av_packet_alloc()) {
+DecodedFile::DecodedFile(std::shared_ptr<ByteSource> bytes) : packet_(ffmpeg::av_packet_alloc()) {
     layout_ = readStreamLayout(*bytes);
     if (layout_.isFormatHidden) {
         revealFormat(bytes, layout_);

@@ -1,10 +1,6 @@
 #include "base/Error.h"
 #include "platform/decode/PacketSource.h"
-
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-}
+#include "platform/ffmpeg/FFmpeg.h"
 
 namespace halvenor {
 
@@ -21,18 +17,18 @@ constexpr int64_t aacPreroll = 4 * 2048;
 class Io {
   public:
     explicit Io(std::shared_ptr<ByteSource> bytes) : bytes_(std::move(bytes)) {
-        auto* buffer = static_cast<uint8_t*>(av_malloc(ioBufferBytes));
-        context_ = buffer != nullptr ? avio_alloc_context(buffer, ioBufferBytes, 0, this, &Io::read,
-                                                          nullptr, &Io::seek)
+        auto* buffer = static_cast<uint8_t*>(ffmpeg::av_malloc(ioBufferBytes));
+        context_ = buffer != nullptr ? ffmpeg::avio_alloc_context(buffer, ioBufferBytes, 0, this,
+                                                                  &Io::read, nullptr, &Io::seek)
                                      : nullptr;
         if (context_ == nullptr) {
-            av_free(buffer);
+            ffmpeg::av_free(buffer);
             throw std::bad_alloc();
         }
     }
     ~Io() {
-        av_freep(&context_->buffer);
-        avio_context_free(&context_);
+        ffmpeg::av_freep(&context_->buffer);
+        ffmpeg::avio_context_free(&context_);
     }
     Io(const Io&) = delete;
     Io& operator=(const Io&) = delete;
@@ -117,8 +113,8 @@ class ContainerPackets final : public PacketSource {
 
     std::optional<PacketPlace> next(AVPacket& packet) override {
         while (true) {
-            av_packet_unref(&packet);
-            if (av_read_frame(format_, &packet) < 0) {
+            ffmpeg::av_packet_unref(&packet);
+            if (ffmpeg::av_read_frame(format_, &packet) < 0) {
                 return std::nullopt;
             }
             if (packet.stream_index != stream_->index) {
@@ -126,7 +122,8 @@ class ContainerPackets final : public PacketSource {
             }
             PacketPlace place;
             if (packet.pts != AV_NOPTS_VALUE) {
-                place.begin = av_rescale_q(packet.pts, stream_->time_base, {1, sampleRate_});
+                place.begin =
+                    ffmpeg::av_rescale_q(packet.pts, stream_->time_base, {1, sampleRate_});
             }
             return place;
         }
@@ -135,9 +132,10 @@ class ContainerPackets final : public PacketSource {
     std::optional<int64_t> seek(int64_t frame) override {
         const int64_t target = std::max<int64_t>(frame - preroll_, 0);
         const int64_t ts =
-            av_rescale_q_rnd(target, {1, sampleRate_}, stream_->time_base, AV_ROUND_DOWN);
-        if (avformat_seek_file(format_, stream_->index, INT64_MIN, ts, ts, 0) < 0) {
-            avformat_seek_file(format_, stream_->index, INT64_MIN, 0, 0, AVSEEK_FLAG_BACKWARD);
+            ffmpeg::av_rescale_q_rnd(target, {1, sampleRate_}, stream_->time_base, AV_ROUND_DOWN);
+        if (ffmpeg::avformat_seek_file(format_, stream_->index, INT64_MIN, ts, ts, 0) < 0) {
+            ffmpeg::avformat_seek_file(format_, stream_->index, INT64_MIN, 0, 0,
+                                       AVSEEK_FLAG_BACKWARD);
         }
         return std::nullopt;
     }
@@ -146,9 +144,8 @@ class ContainerPackets final : public PacketSource {
 
   private:
     void open(Container container) {
-        av_log_set_level(AV_LOG_QUIET);
-        const AVInputFormat* demuxer = av_find_input_format(demuxerName(container));
-        format_ = avformat_alloc_context();
+        const AVInputFormat* demuxer = ffmpeg::av_find_input_format(demuxerName(container));
+        format_ = ffmpeg::avformat_alloc_context();
         if (demuxer == nullptr || format_ == nullptr) {
             throwDamaged();
         }
@@ -156,10 +153,10 @@ class ContainerPackets final : public PacketSource {
         format_->flags |= AVFMT_FLAG_CUSTOM_IO;
         AVDictionary* options = nullptr;
         // Times as they are: what edit lists cut is known already, and to the frame.
-        av_dict_set(&options, "ignore_editlist", "1", 0);
-        av_dict_set(&options, "ignore_chapters", "1", 0);
-        const int result = avformat_open_input(&format_, nullptr, demuxer, &options);
-        av_dict_free(&options);
+        ffmpeg::av_dict_set(&options, "ignore_editlist", "1", 0);
+        ffmpeg::av_dict_set(&options, "ignore_chapters", "1", 0);
+        const int result = ffmpeg::avformat_open_input(&format_, nullptr, demuxer, &options);
+        ffmpeg::av_dict_free(&options);
         if (result < 0) {
             format_ = nullptr;  // avformat_open_input has freed it.
             throwDamaged();
@@ -168,7 +165,7 @@ class ContainerPackets final : public PacketSource {
 
     void close() {
         if (format_ != nullptr) {
-            avformat_close_input(&format_);
+            ffmpeg::avformat_close_input(&format_);
         }
     }
 

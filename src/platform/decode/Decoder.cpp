@@ -4,12 +4,7 @@
 #include <mutex>
 
 #include "base/Error.h"
-
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavutil/channel_layout.h>
-#include <libswresample/swresample.h>
-}
+#include "platform/ffmpeg/FFmpeg.h"
 
 namespace halvenor {
 
@@ -23,7 +18,7 @@ namespace {
 /// Damaged files are daily business and told by other means; the terminal is not ours.
 void silenceLog() {
     static std::once_flag once;
-    std::call_once(once, [] { av_log_set_level(AV_LOG_QUIET); });
+    std::call_once(once, [] { ffmpeg::av_log_set_level(AV_LOG_QUIET); });
 }
 
 template <typename Sample, typename ToFloat>
@@ -42,8 +37,8 @@ void interleave(const AVFrame& frame, bool isPlanar, float* out, ToFloat toFloat
 
 void toFloats(const AVFrame& frame, float* out) {
     const auto format = static_cast<AVSampleFormat>(frame.format);
-    const bool isPlanar = av_sample_fmt_is_planar(format) != 0;
-    switch (av_get_packed_sample_fmt(format)) {
+    const bool isPlanar = ffmpeg::av_sample_fmt_is_planar(format) != 0;
+    switch (ffmpeg::av_get_packed_sample_fmt(format)) {
         case AV_SAMPLE_FMT_U8:
             interleave<uint8_t>(frame, isPlanar, out,
                                 [](uint8_t v) { return float(int(v) - 128) / 128.0f; });
@@ -72,21 +67,21 @@ void toFloats(const AVFrame& frame, float* out) {
 }  // namespace
 
 void LavDeleter::operator()(AVCodecContext* context) const {
-    avcodec_free_context(&context);
+    ffmpeg::avcodec_free_context(&context);
 }
 void LavDeleter::operator()(AVCodecParameters* parameters) const {
-    avcodec_parameters_free(&parameters);
+    ffmpeg::avcodec_parameters_free(&parameters);
 }
 void LavDeleter::operator()(AVFrame* frame) const {
-    av_frame_free(&frame);
+    ffmpeg::av_frame_free(&frame);
 }
 void LavDeleter::operator()(AVPacket* packet) const {
-    av_packet_free(&packet);
+    ffmpeg::av_packet_free(&packet);
 }
 
 LavPtr<AVCodecParameters> codecParameters(const StreamLayout& layout) {
-    LavPtr<AVCodecParameters> parameters(avcodec_parameters_alloc());
-    const AVCodec* codec = avcodec_find_decoder_by_name(layout.decoder.c_str());
+    LavPtr<AVCodecParameters> parameters(ffmpeg::avcodec_parameters_alloc());
+    const AVCodec* codec = ffmpeg::avcodec_find_decoder_by_name(layout.decoder.c_str());
     if (!parameters || codec == nullptr) {
         throwUnsupported();
     }
@@ -94,13 +89,13 @@ LavPtr<AVCodecParameters> codecParameters(const StreamLayout& layout) {
     parameters->codec_id = codec->id;
     parameters->sample_rate = layout.format.sampleRate;
     if (layout.format.channels > 0) {
-        av_channel_layout_default(&parameters->ch_layout, layout.format.channels);
+        ffmpeg::av_channel_layout_default(&parameters->ch_layout, layout.format.channels);
     }
     parameters->block_align = layout.bytesPerFrame;
     if (!layout.extradata.empty()) {
         const size_t size = layout.extradata.size();
         parameters->extradata =
-            static_cast<uint8_t*>(av_mallocz(size + AV_INPUT_BUFFER_PADDING_SIZE));
+            static_cast<uint8_t*>(ffmpeg::av_mallocz(size + AV_INPUT_BUFFER_PADDING_SIZE));
         if (parameters->extradata == nullptr) {
             throw std::bad_alloc();
         }
@@ -114,31 +109,31 @@ LavPtr<AVCodecParameters> codecParameters(const StreamLayout& layout) {
 class Decoder::Converter {
   public:
     Converter(const AVFrame& from, AudioFormat to) : rate_(from.sample_rate), format_(from.format) {
-        av_channel_layout_copy(&layout_, &from.ch_layout);
+        ffmpeg::av_channel_layout_copy(&layout_, &from.ch_layout);
         AVChannelLayout out{};
-        av_channel_layout_default(&out, to.channels);
+        ffmpeg::av_channel_layout_default(&out, to.channels);
         AVChannelLayout in{};
         if (layout_.order == AV_CHANNEL_ORDER_UNSPEC) {
-            av_channel_layout_default(&in, layout_.nb_channels);
+            ffmpeg::av_channel_layout_default(&in, layout_.nb_channels);
         } else {
-            av_channel_layout_copy(&in, &layout_);
+            ffmpeg::av_channel_layout_copy(&in, &layout_);
         }
-        swr_alloc_set_opts2(&swr_, &out, AV_SAMPLE_FMT_FLT, to.sampleRate, &in,
-                            static_cast<AVSampleFormat>(format_), rate_, 0, nullptr);
-        av_channel_layout_uninit(&in);
-        av_channel_layout_uninit(&out);
-        isUsable_ = swr_ != nullptr && swr_init(swr_) >= 0;
+        ffmpeg::swr_alloc_set_opts2(&swr_, &out, AV_SAMPLE_FMT_FLT, to.sampleRate, &in,
+                                    static_cast<AVSampleFormat>(format_), rate_, 0, nullptr);
+        ffmpeg::av_channel_layout_uninit(&in);
+        ffmpeg::av_channel_layout_uninit(&out);
+        isUsable_ = swr_ != nullptr && ffmpeg::swr_init(swr_) >= 0;
     }
     ~Converter() {
-        swr_free(&swr_);
-        av_channel_layout_uninit(&layout_);
+        ffmpeg::swr_free(&swr_);
+        ffmpeg::av_channel_layout_uninit(&layout_);
     }
     Converter(const Converter&) = delete;
     Converter& operator=(const Converter&) = delete;
 
     bool fits(const AVFrame& frame) const {
         return frame.sample_rate == rate_ && frame.format == format_ &&
-               av_channel_layout_compare(&frame.ch_layout, &layout_) == 0;
+               ffmpeg::av_channel_layout_compare(&frame.ch_layout, &layout_) == 0;
     }
 
     /// A null frame drains.
@@ -147,7 +142,7 @@ class Decoder::Converter {
             return;
         }
         const int given = frame != nullptr ? frame->nb_samples : 0;
-        const int room = swr_get_out_samples(swr_, given);
+        const int room = ffmpeg::swr_get_out_samples(swr_, given);
         if (room <= 0) {
             return;
         }
@@ -156,7 +151,7 @@ class Decoder::Converter {
         auto* out = reinterpret_cast<uint8_t*>(block.samples.data() + old);
         const uint8_t** in =
             frame != nullptr ? const_cast<const uint8_t**>(frame->extended_data) : nullptr;
-        const int made = std::max(swr_convert(swr_, &out, room, in, given), 0);
+        const int made = std::max(ffmpeg::swr_convert(swr_, &out, room, in, given), 0);
         block.samples.resize(old + static_cast<size_t>(made) * static_cast<size_t>(channels));
         block.frames += made;
     }
@@ -170,9 +165,12 @@ class Decoder::Converter {
 };
 
 Decoder::Decoder(const AVCodecParameters& parameters, const std::string& decoderName)
-    : parameters_(avcodec_parameters_alloc()), decoderName_(decoderName), frame_(av_frame_alloc()) {
+    : parameters_(ffmpeg::avcodec_parameters_alloc()),
+      decoderName_(decoderName),
+      frame_(ffmpeg::av_frame_alloc()) {
     silenceLog();
-    if (!parameters_ || !frame_ || avcodec_parameters_copy(parameters_.get(), &parameters) < 0) {
+    if (!parameters_ || !frame_ ||
+        ffmpeg::avcodec_parameters_copy(parameters_.get(), &parameters) < 0) {
         throw std::bad_alloc();
     }
     open();
@@ -181,21 +179,21 @@ Decoder::Decoder(const AVCodecParameters& parameters, const std::string& decoder
 Decoder::~Decoder() = default;
 
 void Decoder::open() {
-    const AVCodec* codec = avcodec_find_decoder_by_name(decoderName_.c_str());
+    const AVCodec* codec = ffmpeg::avcodec_find_decoder_by_name(decoderName_.c_str());
     if (codec == nullptr || codec->id != parameters_->codec_id) {
-        codec = avcodec_find_decoder(parameters_->codec_id);
+        codec = ffmpeg::avcodec_find_decoder(parameters_->codec_id);
     }
     if (codec == nullptr) {
         throwUnsupported();
     }
-    context_.reset(avcodec_alloc_context3(codec));
-    if (!context_ || avcodec_parameters_to_context(context_.get(), parameters_.get()) < 0) {
+    context_.reset(ffmpeg::avcodec_alloc_context3(codec));
+    if (!context_ || ffmpeg::avcodec_parameters_to_context(context_.get(), parameters_.get()) < 0) {
         throw std::bad_alloc();
     }
     context_->thread_count = 1;
     context_->flags2 |= AV_CODEC_FLAG2_SKIP_MANUAL;
     context_->pkt_timebase = {1, std::max(parameters_->sample_rate, 1)};
-    if (avcodec_open2(context_.get(), codec, nullptr) < 0) {
+    if (ffmpeg::avcodec_open2(context_.get(), codec, nullptr) < 0) {
         throwUnsupported();
     }
 }
@@ -206,12 +204,12 @@ void Decoder::reset() {
     if (parameters_->codec_id == AV_CODEC_ID_VORBIS) {
         open();
     } else {
-        avcodec_flush_buffers(context_.get());
+        ffmpeg::avcodec_flush_buffers(context_.get());
     }
 }
 
 void Decoder::decode(const AVPacket* packet, SampleBlock& block) {
-    if (avcodec_send_packet(context_.get(), packet) >= 0) {
+    if (ffmpeg::avcodec_send_packet(context_.get(), packet) >= 0) {
         receiveAll(block);
     }
     if (packet == nullptr && converter_) {
@@ -221,9 +219,9 @@ void Decoder::decode(const AVPacket* packet, SampleBlock& block) {
 }
 
 void Decoder::receiveAll(SampleBlock& block) {
-    while (avcodec_receive_frame(context_.get(), frame_.get()) >= 0) {
+    while (ffmpeg::avcodec_receive_frame(context_.get(), frame_.get()) >= 0) {
         append(*frame_, block);
-        av_frame_unref(frame_.get());
+        ffmpeg::av_frame_unref(frame_.get());
     }
 }
 

@@ -2,10 +2,7 @@
 #include "platform/decode/Adts.h"
 #include "platform/decode/MpegAudio.h"
 #include "platform/decode/PacketSource.h"
-
-extern "C" {
-#include <libavcodec/packet.h>
-}
+#include "platform/ffmpeg/FFmpeg.h"
 
 // A bare stream has no index, so one is made of the walk itself: every so many frames their place
 // is noted. A seek forward walks on from the last note (headers only, no decoding); a seek back

@@ -1,9 +1,6 @@
 #include "platform/decode/Ogg.h"
 #include "platform/decode/PacketSource.h"
-
-extern "C" {
-#include <libavcodec/packet.h>
-}
+#include "platform/ffmpeg/FFmpeg.h"
 
 namespace halvenor {
 

@@ -3,10 +3,7 @@
 #include "base/Error.h"
 #include "platform/decode/Ogg.h"
 #include "platform/decode/StreamLayout.h"
-
-extern "C" {
-#include <libavcodec/vorbis_parser.h>
-}
+#include "platform/ffmpeg/FFmpeg.h"
 
 // Vorbis, Opus and FLAC in Ogg. Granule positions count frames: the one of the last page is the
 // end, and that of the first page less what its packets decode to is the beginning (0, but for
@@ -61,13 +58,14 @@ class DurationMeter {
   public:
     DurationMeter(OggCodec codec, const std::vector<uint8_t>& extradata) : codec_(codec) {
         if (codec == OggCodec::vorbis) {
-            vorbis_ = av_vorbis_parse_init(extradata.data(), static_cast<int>(extradata.size()));
+            vorbis_ =
+                ffmpeg::av_vorbis_parse_init(extradata.data(), static_cast<int>(extradata.size()));
             if (vorbis_ == nullptr) {
                 throwNotAudio(0);
             }
         }
     }
-    ~DurationMeter() { av_vorbis_parse_free(&vorbis_); }
+    ~DurationMeter() { ffmpeg::av_vorbis_parse_free(&vorbis_); }
     DurationMeter(const DurationMeter&) = delete;
     DurationMeter& operator=(const DurationMeter&) = delete;
 
@@ -79,7 +77,7 @@ class DurationMeter {
             return 0;
         }
         const int duration =
-            av_vorbis_parse_frame(vorbis_, packet.data(), static_cast<int>(packet.size()));
+            ffmpeg::av_vorbis_parse_frame(vorbis_, packet.data(), static_cast<int>(packet.size()));
         // The first packet only fills the window.
         return std::exchange(isFirst_, false) ? 0 : std::max(duration, 0);
     }

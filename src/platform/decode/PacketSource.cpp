@@ -2,9 +2,7 @@
 
 #include <cstring>
 
-extern "C" {
-#include <libavcodec/packet.h>
-}
+#include "platform/ffmpeg/FFmpeg.h"
 
 namespace halvenor {
 
@@ -30,8 +28,8 @@ std::unique_ptr<PacketSource> makePacketSource(std::shared_ptr<ByteSource> bytes
 }
 
 bool fillPacket(AVPacket& packet, std::span<const uint8_t> data) {
-    av_packet_unref(&packet);
-    if (av_new_packet(&packet, static_cast<int>(data.size())) < 0) {
+    ffmpeg::av_packet_unref(&packet);
+    if (ffmpeg::av_new_packet(&packet, static_cast<int>(data.size())) < 0) {
         return false;
     }
     std::memcpy(packet.data, data.data(), data.size());

@@ -1,8 +1,5 @@
 #include "platform/decode/PacketSource.h"
-
-extern "C" {
-#include <libavcodec/packet.h>
-}
+#include "platform/ffmpeg/FFmpeg.h"
 
 namespace halvenor {
 
