@@ -281,11 +281,11 @@ void AudioEngineManager::schedule(ScheduledTrack entry, double position) {
         });
     };
     const std::shared_ptr<AudioFile> file = entry.opened.file;
-    const auto segment = segmentFrom(position, file->length(), file->processingFormat().sampleRate);
+    const auto startFrame =
+        startFrameAt(position, file->length(), file->processingFormat().sampleRate);
     scheduledTracks_.push_back(std::move(entry));
-    if (segment) {
-        playerNode_.scheduleSegment(file, segment->startFrame, segment->frameCount,
-                                    std::move(handler));
+    if (startFrame) {
+        playerNode_.scheduleSegment(file, *startFrame, kToTheEnd, std::move(handler));
     } else {
         playerNode_.scheduleFile(file, std::move(handler));
     }
@@ -301,6 +301,7 @@ void AudioEngineManager::scheduledTrackFinished(const QUuid& id, uint64_t genera
     scheduledTracks_.erase(scheduledTracks_.begin());
     if (scheduledTracks_.empty()) {
         timelineStartSample_.reset();
+        playerNode_.pause();  // All has been heard; a running output would only cost power.
         currentTime = *duration;
         setPlaying(false);
         if (onPlaybackEnded) {
@@ -341,6 +342,10 @@ void AudioEngineManager::startEngineIfNeeded() {
     if (!engine_.isRunning()) {
         engine_.start();
     }
+}
+
+void AudioEngineManager::waitUntilIdle() {
+    playerNode_.waitUntilIdle();
 }
 
 void AudioEngineManager::startPlaying() {

@@ -88,6 +88,10 @@ class AudioEngineManager {
     /// The track queued behind the current one.
     std::optional<Track> queuedTrack() const;
 
+    /// Waits until the node has nothing left to do at this moment of the output's clock; what it
+    /// then has to tell is posted. For tests, which move that clock by hand.
+    void waitUntilIdle();
+
   private:
     struct ScheduledTrack {
         /// Of this one scheduling: a file that is scheduled twice has two.

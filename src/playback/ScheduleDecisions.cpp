@@ -31,17 +31,14 @@ double seekPosition(double requested, double duration) {
     return std::min(notBelowZero(duration), notBelowZero(requested));
 }
 
-std::optional<FileSegment> segmentFrom(double position, int64_t fileFrames, double rate) {
+std::optional<int64_t> startFrameAt(double position, int64_t fileFrames, double rate) {
     if (!(position > 0)) {
         return std::nullopt;
     }
     const int64_t lastFrame = std::max<int64_t>(fileFrames - 1, 0);
     // Compared as doubles first: what is far past the end fits no integer.
     const double wanted = position * rate;
-    const int64_t startFrame =
-        wanted < static_cast<double>(lastFrame) ? static_cast<int64_t>(wanted) : lastFrame;
-    return FileSegment{startFrame,
-                       std::clamp<int64_t>(fileFrames - startFrame, 0, kMaximumSegmentFrames)};
+    return wanted < static_cast<double>(lastFrame) ? static_cast<int64_t>(wanted) : lastFrame;
 }
 
 double positionAt(double basePosition, int64_t startSample, int64_t sample, double rate,

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 
 #include "base/FileUrl.h"
@@ -20,20 +21,14 @@ double loadPosition(double requested, double duration);
 /// Where a seek lands: within 0...duration.
 double seekPosition(double requested, double duration);
 
-/// Which frames of a file are to be played.
-struct FileSegment {
-    int64_t startFrame = 0;
-    int64_t frameCount = 0;
+/// The frame of the file from which `position` is played, truncated towards its beginning. Absent:
+/// the whole file. A position past the last frame gives that last frame, so that something is
+/// played, and ends, and says so.
+std::optional<int64_t> startFrameAt(double position, int64_t fileFrames, double rate);
 
-    bool operator==(const FileSegment&) const = default;
-};
-
-/// The most frames that one segment may have.
-inline constexpr int64_t kMaximumSegmentFrames = 4294967295;
-
-/// What to play from `position` on. Absent: the file from its first frame to its end. A position
-/// past the last frame gives that last frame alone, so that the file still ends and says so.
-std::optional<FileSegment> segmentFrom(double position, int64_t fileFrames, double rate);
+/// A frame count that reaches to the end of any file. What is played ends where the file ends: the
+/// length of one that tells no exact length is an estimate, and would cut off the music.
+inline constexpr int64_t kToTheEnd = std::numeric_limits<int64_t>::max();
 
 /// The place in the track when the player, which stood at `startSample` when the track stood at
 /// `basePosition`, has come to `sample`. Samples count in the output's rate, which is above 0.

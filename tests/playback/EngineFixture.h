@@ -1,0 +1,188 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <map>
+#include <memory>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+#include "base/Error.h"
+#include "model/ID3WriterError.h"
+#include "playback/AudioEngineManager.h"
+#include "support/ManualOutput.h"
+#include "support/MemoryFile.h"
+
+namespace halvenor::test {
+
+inline constexpr AudioFormat cd{44100, 2};
+
+/// The engine on an output pulled by hand, with files whose samples lie in memory. Their names are
+/// real: an empty file stands for each.
+class EngineFixture {
+  public:
+    explicit EngineFixture(AudioFormat format = cd) {
+        qputenv("TMPDIR", folder_.path().toLatin1());
+        auto made = std::make_unique<ManualOutput>(format);
+        output = made.get();
+        engine = std::make_unique<AudioEngineManager>(
+            std::move(made), [this](const FileUrl& url) { return open(url); });
+        engine->onLoadFailed = [this](const Track& track, const std::exception_ptr& error) {
+            log.push_back("failed " + nameOf(track) + ": " + textOf(error));
+        };
+        engine->onPlaybackEnded = [this] { log.push_back("ended"); };
+        engine->onGaplessTransition = [this](const Track& track) {
+            log.push_back("now " + nameOf(track));
+            if (afterTransition) {
+                afterTransition(track);
+            }
+        };
+    }
+    ~EngineFixture() {
+        engine.reset();
+        qunsetenv("TMPDIR");
+    }
+
+    /// A file of noise. @param taggedDuration seconds that its record claims
+    Track add(const QByteArray& name, int64_t frames, AudioFormat format = cd,
+              double taggedDuration = 0) {
+        sounds_[name] = makeNoise(format, frames, static_cast<unsigned>(sounds_.size()) + 1);
+        const FileUrl url = place(name);
+        QFile file(QString::fromLatin1(url.path()));
+        file.open(QIODevice::WriteOnly);
+        TrackFields fields;
+        fields.url = url;
+        fields.duration = taggedDuration;
+        return Track(fields);
+    }
+    /// A file of nothing but full scale, to see the volume by.
+    Track addSteady(const QByteArray& name, int64_t frames) {
+        const Track track = add(name, 0);
+        sounds_[name] = std::make_shared<MemoryFile>(cd, std::vector<float>(frames * 2, 1.0F));
+        return track;
+    }
+    /// An MP4 by its first bytes that is refused under any name but one ending in ".m4a".
+    Track addMisnamedMp4(const QByteArray& name, int64_t frames) {
+        const Track track = add(name, frames);
+        QFile file(QString::fromLatin1(track.url().path()));
+        file.open(QIODevice::WriteOnly);
+        file.write("abcdftypM4A ");
+        refused.push_back(name);
+        return track;
+    }
+    /// What length() tells of the file, whatever is true.
+    void claimLength(const Track& track, int64_t frames) {
+        sounds_.at(track.url().lastPathComponent())->claimedLength = frames;
+    }
+    void erase(const Track& track) { ::unlink(track.url().path().constData()); }
+    FileUrl place(const QByteArray& name) const {
+        return FileUrl(folder_.path().toLatin1()).appendingPathComponent(name);
+    }
+
+    /// The samples of a file from a frame on, up to another.
+    std::vector<float> samplesOf(const Track& track, int64_t from = 0, int64_t to = -1) const {
+        const MemoryFile& file = *sounds_.at(track.url().lastPathComponent());
+        const int channels = file.processingFormat().channels;
+        const auto begin = file.samples().begin();
+        return {begin + from * channels, to < 0 ? file.samples().end() : begin + to * channels};
+    }
+    const MemoryFile& soundOf(const Track& track) const {
+        return *sounds_.at(track.url().lastPathComponent());
+    }
+
+    /// Lets the node do all it can, the main thread hear of it, and the node do what follows.
+    void settle() {
+        engine->waitUntilIdle();
+        QCoreApplication::processEvents();
+        engine->waitUntilIdle();
+    }
+    /// Lets `frames` frames be heard, or those that there are.
+    void play(int64_t frames) {
+        hearOnly(frames);
+        settle();
+    }
+    /// The same, while the main thread hears of nothing.
+    void hearOnly(int64_t frames) {
+        engine->waitUntilIdle();
+        output->play(frames);
+        engine->waitUntilIdle();
+    }
+    void playToEnd(int64_t portion = 997) {
+        do {
+            settle();
+        } while (output->play(portion) > 0);
+        settle();
+    }
+    double position() {
+        engine->updateCurrentTime();
+        return *engine->currentTime;
+    }
+    /// The name of the queued track, or nothing.
+    std::string queued() const {
+        const auto track = engine->queuedTrack();
+        return track ? nameOf(*track) : "";
+    }
+    static std::string nameOf(const Track& track) {
+        return track.url().lastPathComponent().toStdString();
+    }
+
+    ManualOutput* output = nullptr;
+    std::unique_ptr<AudioEngineManager> engine;
+    /// The callbacks, in order.
+    std::vector<std::string> log;
+    std::function<void(const Track&)> afterTransition;
+    /// Names that can't be opened, though they exist.
+    std::vector<QByteArray> refused;
+
+  private:
+    std::shared_ptr<AudioFile> open(const FileUrl& url) const {
+        QByteArray name = url.lastPathComponent();
+        if (const auto target = linkTarget(url)) {
+            name = target->lastPathComponent();
+        }
+        const auto found = sounds_.find(name);
+        const bool isRefused =
+            std::find(refused.begin(), refused.end(), url.lastPathComponent()) != refused.end();
+        if (found == sounds_.end() || isRefused) {
+            throw Error(ErrorKind::unsupported, QStringLiteral("unreadable"));
+        }
+        auto file = std::make_shared<MemoryFile>(found->second->processingFormat(),
+                                                 found->second->samples());
+        file->claimedLength = found->second->claimedLength;
+        return file;
+    }
+    static std::optional<FileUrl> linkTarget(const FileUrl& url) {
+        char target[4096];
+        const ssize_t size = ::readlink(url.path().constData(), target, sizeof target);
+        return size < 0 ? std::nullopt : std::optional(FileUrl(QByteArray(target, size)));
+    }
+    static std::string textOf(const std::exception_ptr& error) {
+        try {
+            std::rethrow_exception(error);
+        } catch (const ID3WriterError& writerError) {
+            return writerError.message().toStdString();
+        } catch (const Error& other) {
+            return other.text().toStdString();
+        }
+    }
+
+    QTemporaryDir folder_;
+    std::map<QByteArray, std::shared_ptr<MemoryFile>> sounds_;
+};
+
+inline std::vector<float> operator+(std::vector<float> a, const std::vector<float>& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+/// Where two recordings part, in samples; -1 when they are the same.
+inline int64_t firstDifference(const std::vector<float>& a, const std::vector<float>& b) {
+    const auto [first, second] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
+    return first == a.end() && second == b.end() ? -1 : first - a.begin();
+}
+
+}  // namespace halvenor::test
