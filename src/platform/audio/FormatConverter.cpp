@@ -3,12 +3,7 @@
 #include <algorithm>
 
 #include "base/Error.h"
-
-extern "C" {
-#include <libavutil/channel_layout.h>
-#include <libavutil/opt.h>
-#include <libswresample/swresample.h>
-}
+#include "platform/ffmpeg/FFmpeg.h"
 
 namespace halvenor {
 
@@ -23,8 +18,8 @@ namespace {
 std::vector<float> downmixMatrix(int from, int to) {
     AVChannelLayout fromLayout{};
     AVChannelLayout toLayout{};
-    av_channel_layout_default(&fromLayout, from);
-    av_channel_layout_default(&toLayout, to);
+    ffmpeg::av_channel_layout_default(&fromLayout, from);
+    ffmpeg::av_channel_layout_default(&toLayout, to);
     // The function walks over all 64 channels there could be and writes as it goes, so it gets room
     // for them whatever the layouts are.
     constexpr int most = 64;
@@ -32,8 +27,8 @@ std::vector<float> downmixMatrix(int from, int to) {
     constexpr double minus3dB = 0.70710678118654752;
     const bool isKnown =
         fromLayout.order != AV_CHANNEL_ORDER_UNSPEC && toLayout.order != AV_CHANNEL_ORDER_UNSPEC &&
-        swr_build_matrix2(&fromLayout, &toLayout, minus3dB, minus3dB, 0, 1.0, 1.0, matrix.data(),
-                          most, AV_MATRIX_ENCODING_NONE, nullptr) >= 0;
+        ffmpeg::swr_build_matrix2(&fromLayout, &toLayout, minus3dB, minus3dB, 0, 1.0, 1.0,
+                                  matrix.data(), most, AV_MATRIX_ENCODING_NONE, nullptr) >= 0;
     std::vector<float> factors(static_cast<size_t>(from) * to);
     for (int out = 0; out < to; ++out) {
         for (int in = 0; in < from; ++in) {
@@ -54,30 +49,31 @@ class FormatConverter::Resampler {
         AVChannelLayout layout{};
         layout.order = AV_CHANNEL_ORDER_UNSPEC;
         layout.nb_channels = channels;
-        if (swr_alloc_set_opts2(&context_, &layout, AV_SAMPLE_FMT_FLT, toRate, &layout,
-                                AV_SAMPLE_FMT_FLT, fromRate, 0, nullptr) < 0) {
+        if (ffmpeg::swr_alloc_set_opts2(&context_, &layout, AV_SAMPLE_FMT_FLT, toRate, &layout,
+                                        AV_SAMPLE_FMT_FLT, fromRate, 0, nullptr) < 0) {
             throwUnsupported();
         }
-        av_opt_set(context_, "resampler", "soxr", 0);
-        if (swr_init(context_) < 0) {
-            swr_free(&context_);
+        ffmpeg::av_opt_set(context_, "resampler", "soxr", 0);
+        if (ffmpeg::swr_init(context_) < 0) {
+            ffmpeg::swr_free(&context_);
             throwUnsupported();
         }
     }
-    ~Resampler() { swr_free(&context_); }
+    ~Resampler() { ffmpeg::swr_free(&context_); }
     Resampler(const Resampler&) = delete;
     Resampler& operator=(const Resampler&) = delete;
 
     /// @param samples null drains
     /// @return frames that came out
     int64_t run(const float* samples, int64_t frames, std::vector<float>& output) {
-        const int room = swr_get_out_samples(context_, static_cast<int>(frames)) + 64;
+        const int room = ffmpeg::swr_get_out_samples(context_, static_cast<int>(frames)) + 64;
         const size_t before = output.size();
         output.resize(before + static_cast<size_t>(room) * channels_);
         auto* out = reinterpret_cast<uint8_t*>(output.data() + before);
         const auto* in = reinterpret_cast<const uint8_t*>(samples);
-        const int given = std::max(0, swr_convert(context_, &out, room, samples ? &in : nullptr,
-                                                  static_cast<int>(frames)));
+        const int given =
+            std::max(0, ffmpeg::swr_convert(context_, &out, room, samples ? &in : nullptr,
+                                            static_cast<int>(frames)));
         output.resize(before + static_cast<size_t>(given) * channels_);
         return given;
     }
