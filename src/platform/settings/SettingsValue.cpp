@@ -35,8 +35,9 @@ const Json* member(const Json& object, const char* key) {
     return found == object.end() ? nullptr : &*found;
 }
 
-std::optional<QByteArray> memberBytes(const Json& object, const char* key) {
-    const Json* const value = member(object, key);
+// The bytes of an object that holds nothing else.
+std::optional<QByteArray> onlyBytes(const Json& object, const char* key) {
+    const Json* const value = object.size() == 1 ? member(object, key) : nullptr;
     return value ? toBytes(*value) : std::nullopt;
 }
 
@@ -76,11 +77,11 @@ std::optional<QByteArray> toPath(const Json& value) {
     if (const auto* const text = value.get_ptr<const Json::string_t*>()) {
         return QByteArray::fromStdString(*text);
     }
-    return memberBytes(value, bytesKey);
+    return onlyBytes(value, bytesKey);
 }
 
 std::optional<QByteArray> toData(const Json& value) {
-    return memberBytes(value, dataKey);
+    return onlyBytes(value, dataKey);
 }
 
 std::optional<QList<QByteArray>> toPaths(const Json& value) {
@@ -98,8 +99,9 @@ std::optional<QHash<QByteArray, QByteArray>> toDataByPath(const Json& value) {
     QHash<QByteArray, QByteArray> map;
     for (const Json& element : value) {
         const Json* const key = member(element, pathKey);
+        const Json* const bytes = member(element, dataKey);
         const auto path = key ? toPath(*key) : std::nullopt;
-        const auto data = toData(element);
+        const auto data = bytes ? toBytes(*bytes) : std::nullopt;
         if (!path || !data) {
             return std::nullopt;
         }

@@ -1,0 +1,268 @@
+#include <QElapsedTimer>
+
+#include <gmock/gmock.h>
+#include <limits>
+#include <sys/stat.h>
+#include <vector>
+
+#include "base/AtomicFile.h"
+#include "base/Error.h"
+#include "platform/settings/Settings.h"
+#include "support/EventLoop.h"
+#include "support/TemporaryFolder.h"
+
+namespace halvenor {
+namespace {
+
+using test::spinUntil;
+using testing::HasSubstr;
+
+const QByteArray foreignPath = "/music/\xe9\xff";
+
+class SettingsTest : public testing::Test {
+  protected:
+    // What the file holds now, or nothing.
+    QByteArray written() const {
+        try {
+            return readFile(file_);
+        } catch (const Error&) {
+            return {};
+        }
+    }
+    ino_t inode() const {
+        struct stat status = {};
+        return ::stat(file_.path().constData(), &status) == 0 ? status.st_ino : 0;
+    }
+
+    test::TemporaryFolder folder_;
+    FileUrl file_ = folder_.at("config/Halvenor/settings.json");
+};
+
+TEST_F(SettingsTest, EveryTypeComesBackFromTheFile) {
+    QByteArray allBytes;
+    for (int byte = 0; byte < 256; ++byte) {
+        allBytes.append(static_cast<char>(byte));
+    }
+    const QString text = QStringLiteral("@x \"quoted\" \\ \u00e9\U0001F3B5\n");
+    const QList<QByteArray> paths = {"/music/a, b", foreignPath, "/music/\xc3\xa9", "/music/a, b"};
+    const QHash<QByteArray, QByteArray> byPath = {{foreignPath, allBytes}, {"/a", ""}};
+    {
+        Settings settings(file_);
+        settings.setBoolean("no", false);
+        settings.setNumber("number", 0.1 + 0.2);
+        settings.setNumber("large", 9007199254740993.0 * 1024);
+        settings.setString("text", text);
+        settings.setString("empty", QString());
+        settings.setPath("path", foreignPath);
+        settings.setPaths("paths", paths);
+        settings.setPaths("none", {});
+        settings.setData("data", allBytes);
+        settings.setDataList("list", {allBytes, ""});
+        settings.setDataByPath("map", byPath);
+    }
+    const Settings settings(file_);
+    EXPECT_EQ(settings.boolean("no"), false);
+    EXPECT_EQ(settings.number("number"), 0.1 + 0.2);
+    EXPECT_EQ(settings.number("large"), 9007199254740993.0 * 1024);
+    EXPECT_EQ(settings.string("text"), text);
+    EXPECT_EQ(settings.string("empty"), QString());
+    EXPECT_EQ(settings.path("path"), foreignPath);
+    EXPECT_EQ(settings.paths("paths"), paths);
+    EXPECT_EQ(settings.paths("none"), QList<QByteArray>());
+    EXPECT_EQ(settings.data("data"), allBytes);
+    EXPECT_EQ(settings.dataList("list"), (QList<QByteArray>{allBytes, ""}));
+    EXPECT_EQ(settings.dataByPath("map"), byPath);
+    EXPECT_FALSE(settings.contains("never set"));
+}
+
+TEST_F(SettingsTest, ReadsWhatAScriptWrote) {
+    folder_.makeFile("config/Halvenor/settings.json",
+                     R"({"volume":1,"on":true,"paths":["/a",{"bytes":"L+k="}],"path":"/\u00e9",)"
+                     R"("map":[{"data":"AAE=","path":{"bytes":"L+k="}}]})");
+    const Settings settings(file_);
+    EXPECT_EQ(settings.number("volume"), 1.0);
+    EXPECT_EQ(settings.boolean("on"), true);
+    EXPECT_EQ(settings.paths("paths"), (QList<QByteArray>{"/a", "/\xe9"}));
+    EXPECT_EQ(settings.path("path"), "/\xc3\xa9");
+    EXPECT_EQ(settings.dataByPath("map"),
+              (QHash<QByteArray, QByteArray>{{"/\xe9", QByteArray("\0\1", 2)}}));
+}
+
+TEST_F(SettingsTest, AValueOfAnotherFormReadsAsAbsent) {
+    const std::vector<QByteArray> values = {"null",
+                                            "true",
+                                            "1",
+                                            "\"/text\"",
+                                            "{}",
+                                            "[]",
+                                            R"({"bytes":"L+k="})",
+                                            R"({"data":"AA=="})",
+                                            R"({"data":"not base64!"})",
+                                            R"({"data":7})",
+                                            R"(["/a",7])",
+                                            R"([{"data":"AA=="},{}])",
+                                            R"([{"path":"/a","data":"AA=="},{"path":"/b"}])",
+                                            R"([{"path":7,"data":"AA=="}])"};
+    // Which reader takes which value: boolean, number, string, path, data, paths, dataList, map.
+    const std::vector<std::string> readers = {"",  "b", "n", "sp", "", "PLM", "p",
+                                              "d", "",  "",  "",   "", "",    ""};
+    ASSERT_EQ(values.size(), readers.size());
+    for (size_t i = 0; i < values.size(); ++i) {
+        SCOPED_TRACE(values[i].constData());
+        folder_.makeFile("config/Halvenor/settings.json", "{\"key\":" + values[i] + "}");
+        const Settings settings(file_);
+        std::string taken;
+        const auto note = [&](bool isTaken, char reader) {
+            if (isTaken) {
+                taken += reader;
+            }
+        };
+        EXPECT_TRUE(settings.contains("key"));
+        note(settings.boolean("key").has_value(), 'b');
+        note(settings.number("key").has_value(), 'n');
+        note(settings.string("key").has_value(), 's');
+        note(settings.path("key").has_value(), 'p');
+        note(settings.data("key").has_value(), 'd');
+        note(settings.paths("key").has_value(), 'P');
+        note(settings.dataList("key").has_value(), 'L');
+        note(settings.dataByPath("key").has_value(), 'M');
+        EXPECT_EQ(taken, readers[i]);
+    }
+}
+
+TEST_F(SettingsTest, KeepsWhatItDoesNotKnowAndWritesReadably) {
+    folder_.makeFile("config/Halvenor/settings.json",
+                     R"({"z": {"later": [1, 2.5, null, "x"]}, "a": 18446744073709551615})");
+    {
+        Settings settings(file_);
+        settings.setPath("m", foreignPath);
+    }
+    EXPECT_EQ(written(), R"({
+  "a": 18446744073709551615,
+  "m": {
+    "bytes": "L211c2ljL+n/"
+  },
+  "z": {
+    "later": [
+      1,
+      2.5,
+      null,
+      "x"
+    ]
+  }
+}
+)");
+}
+
+TEST_F(SettingsTest, WritesAtMostOnceASecondAndNothingForEqualValues) {
+    Settings settings(file_);
+    QElapsedTimer elapsed;
+    elapsed.start();
+    int changes = 0;
+    std::vector<ino_t> inodes;  // Each write makes a new file.
+    const auto watch = [&] {
+        settings.setNumber("position", ++changes);
+        const ino_t now = inode();
+        if (now != 0 && (inodes.empty() || inodes.back() != now)) {
+            inodes.push_back(now);
+        }
+        return elapsed.hasExpired(2500);
+    };
+    ASSERT_TRUE(spinUntil(watch));
+    EXPECT_EQ(inodes.size(), 2U) << "steady changes neither hurry the write nor put it off";
+    EXPECT_TRUE(settings.flush());
+    EXPECT_THAT(written().toStdString(), HasSubstr(std::to_string(changes)));
+    const ino_t flushed = inode();
+    settings.setNumber("position", changes);
+    settings.setNumber("position", std::numeric_limits<double>::quiet_NaN());
+    settings.remove("never set");
+    EXPECT_TRUE(settings.flush());
+    EXPECT_EQ(inode(), flushed);
+    settings.remove("position");
+    EXPECT_TRUE(settings.flush());
+    EXPECT_EQ(written(), "{}\n");
+}
+
+TEST_F(SettingsTest, MakesMissingFoldersForTheUserAlone) {
+    Settings settings(file_);
+    settings.setBoolean("on", true);
+    EXPECT_TRUE(settings.flush());
+    for (const char* name : {"config", "config/Halvenor", "config/Halvenor/settings.json"}) {
+        struct stat status = {};
+        ASSERT_EQ(::stat(folder_.path(name).constData(), &status), 0);
+        EXPECT_EQ(status.st_mode & 0077U, 0U) << name;
+    }
+}
+
+TEST_F(SettingsTest, ADamagedFileIsKeptAside) {
+    const QByteArray deep = "{\"a\":" + QByteArray(200'000, '[') + QByteArray(200'000, ']') + "}";
+    const QByteArray deepObjects =
+        QByteArray("{\"a\":").repeated(100'000) + "1" + QByteArray(100'000, '}');
+    const std::vector<QByteArray> damaged = {
+        "",           "{\"a\": tru",      "[1]",
+        "{\"a\":1}x", "{\"a\":\"\xff\"}", QByteArray(3, '\0'),
+        deep,         deepObjects,        QByteArray(500'000, '[')};
+    int number = 0;
+    for (const QByteArray& contents : damaged) {
+        SCOPED_TRACE(contents.left(20).constData());
+        folder_.makeFolder("config/Halvenor");
+        writeFileAtomically(file_, contents);
+        const FileUrl copy(file_.path() + ".damaged-" + QByteArray::number(++number));
+        Settings settings(file_);
+        EXPECT_FALSE(settings.contains("a"));
+        EXPECT_TRUE(settings.flush());
+        EXPECT_EQ(written(), contents) << "nothing changed, nothing written";
+        settings.setBoolean("on", true);
+        EXPECT_TRUE(settings.flush());
+        EXPECT_EQ(readFile(copy), contents);
+        EXPECT_EQ(written(), "{\n  \"on\": true\n}\n");
+    }
+}
+
+TEST_F(SettingsTest, AFailedWriteIsTriedAgain) {
+    folder_.makeFile("config", "in the way");
+    Settings settings(file_);
+    settings.setBoolean("on", true);
+    EXPECT_FALSE(settings.flush());
+    EXPECT_EQ(settings.boolean("on"), true);
+    ASSERT_EQ(::unlink(folder_.path("config").constData()), 0);
+    EXPECT_TRUE(settings.flush());
+    EXPECT_THAT(written().toStdString(), HasSubstr("true"));
+}
+
+TEST_F(SettingsTest, WritesNothingOverAFileThatItCannotKeep) {
+    const test::Unprivileged rights(folder_);
+    folder_.makeFile("config/Halvenor/settings.json", "broken");
+    ASSERT_EQ(::chmod(folder_.path("config/Halvenor").constData(), 0500), 0);
+    Settings settings(file_);
+    settings.setBoolean("on", true);
+    EXPECT_FALSE(settings.flush());
+    EXPECT_EQ(written(), "broken");
+    ASSERT_EQ(::chmod(folder_.path("config/Halvenor").constData(), 0700), 0);
+    EXPECT_TRUE(settings.flush());
+}
+
+TEST(Settings, TheDefaultFileFollowsTheEnvironment) {
+    struct Case {
+        QByteArray configured;
+        QByteArray home;
+        QByteArray file;
+    };
+    const std::vector<Case> cases = {
+        {"/c\xe9", "/h", "/c\xe9/Halvenor/settings.json"},
+        {"", "/h\xe9", "/h\xe9/.config/Halvenor/settings.json"},
+        {"relative", "/h", "/h/.config/Halvenor/settings.json"},
+    };
+    const QByteArray oldConfigured = qgetenv("XDG_CONFIG_HOME");
+    const QByteArray oldHome = qgetenv("HOME");
+    for (const Case& c : cases) {
+        qputenv("XDG_CONFIG_HOME", c.configured);
+        qputenv("HOME", c.home);
+        EXPECT_EQ(Settings::defaultFile().path(), c.file);
+    }
+    qputenv("XDG_CONFIG_HOME", oldConfigured);
+    qputenv("HOME", oldHome);
+}
+
+}  // namespace
+}  // namespace halvenor
