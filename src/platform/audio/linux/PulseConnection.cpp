@@ -1,0 +1,118 @@
+#include "platform/audio/linux/PulseConnection.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace halvenor {
+
+void release(pa_operation* operation) {
+    if (operation) {
+        pa_operation_unref(operation);
+    }
+}
+
+void PulseTimer::start(pa_threaded_mainloop* loop, pa_context* context,
+                       std::chrono::milliseconds delay, std::function<void()> action) {
+    stop();
+    api_ = pa_threaded_mainloop_get_api(loop);
+    action_ = std::move(action);
+    const auto due = pa_rtclock_now() + static_cast<pa_usec_t>(delay.count()) * PA_USEC_PER_MSEC;
+    event_ = pa_context_rttime_new(
+        context, due,
+        [](pa_mainloop_api*, pa_time_event*, const timeval*, void* self) {
+            auto* timer = static_cast<PulseTimer*>(self);
+            const std::function<void()> fired = std::move(timer->action_);
+            timer->stop();
+            fired();
+        },
+        this);
+}
+
+void PulseTimer::stop() {
+    if (event_) {
+        api_->time_free(std::exchange(event_, nullptr));
+    }
+    action_ = nullptr;
+}
+
+PulseConnection::PulseConnection(QByteArray applicationName, Listener listener)
+    : applicationName_(std::move(applicationName)),
+      listener_(std::move(listener)),
+      loop_(pa_threaded_mainloop_new()) {
+    pa_threaded_mainloop_set_name(loop_, "sound server");
+    pa_threaded_mainloop_start(loop_);
+}
+
+PulseConnection::~PulseConnection() {
+    {
+        const PulseLock lock(loop_);
+        retry_.stop();
+        drop();
+    }
+    pa_threaded_mainloop_stop(loop_);
+    pa_threaded_mainloop_free(loop_);
+}
+
+void PulseConnection::drop() {
+    if (context_) {
+        pa_context_set_state_callback(context_, nullptr, nullptr);
+        pa_context_disconnect(context_);
+        pa_context_unref(std::exchange(context_, nullptr));
+    }
+}
+
+void PulseConnection::connect() {
+    retry_.stop();
+    drop();
+    context_ = pa_context_new(api(), applicationName_.constData());
+    pa_context_set_state_callback(
+        context_,
+        [](pa_context*, void* self) { static_cast<PulseConnection*>(self)->contextChanged(); },
+        this);
+    // No server of our own making: a desktop's starts by itself, and none is an answer too.
+    if (pa_context_connect(context_, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
+        fail();
+    }
+}
+
+void PulseConnection::connectLater() {
+    // The old context lives until then: it may be in the middle of telling that it failed.
+    retry_.start(loop_, context_, patience_, [this] { connect(); });
+    patience_ = std::min(patience_ * 2, longestPatience);
+}
+
+void PulseConnection::contextChanged() {
+    switch (pa_context_get_state(context_)) {
+        case PA_CONTEXT_READY:
+            askForDefaultSink();
+            break;
+        case PA_CONTEXT_FAILED:
+        case PA_CONTEXT_TERMINATED:
+            fail();
+            break;
+        default:
+            break;
+    }
+}
+
+void PulseConnection::askForDefaultSink() {
+    release(pa_context_get_sink_info_by_name(
+        context_, "@DEFAULT_SINK@",
+        [](pa_context*, const pa_sink_info* sink, int end, void* user) {
+            auto* self = static_cast<PulseConnection*>(user);
+            if (end < 0) {
+                self->fail();
+            } else if (sink) {
+                self->listener_.ready(
+                    {.sampleRate = static_cast<int>(sink->sample_spec.rate),
+                     .channels = std::clamp<int>(sink->sample_spec.channels, 1, 8)});
+            }
+        },
+        this));
+}
+
+void PulseConnection::fail() {
+    listener_.failed();
+}
+
+}  // namespace halvenor
