@@ -1,0 +1,279 @@
+// The real outputs in real time: the sound server's, with a private server whose sink is recorded,
+// and the silent one.
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <atomic>
+#include <gmock/gmock.h>
+
+#include "base/Error.h"
+#include "platform/audio/AudioEngine.h"
+#include "platform/audio/Outputs.h"
+#include "platform/audio/PlayerNode.h"
+#include "support/MemoryFile.h"
+#include "support/SoundServer.h"
+
+using namespace halvenor;
+using namespace halvenor::test;
+
+namespace {
+
+constexpr AudioFormat cd{44100, 2};
+
+/// A node on the sound server.
+struct Player {
+    Player() : engine(makeSystemOutput(QStringLiteral("Halvenor")), node) {}
+
+    void schedule(const std::shared_ptr<AudioFile>& file) {
+        ++scheduled;
+        node.scheduleFile(file, [this](CompletionCallbackType) { ++completed; });
+    }
+    void start() {
+        engine.start();
+        node.play();
+    }
+    /// Waits until every handler was called. @return whether they were
+    bool waitForEnd(int milliseconds = 10000) {
+        QElapsedTimer timer;
+        timer.start();
+        while (completed < scheduled && timer.elapsed() < milliseconds) {
+            QThread::msleep(5);
+        }
+        return completed == scheduled;
+    }
+    /// Waits until frame `frame` was heard.
+    bool waitForFrame(int64_t frame, int milliseconds = 5000) {
+        QElapsedTimer timer;
+        timer.start();
+        while (node.sampleTime().value_or(0) < frame && timer.elapsed() < milliseconds) {
+            QThread::msleep(5);
+        }
+        return node.sampleTime().value_or(0) >= frame;
+    }
+
+    int scheduled = 0;
+    std::atomic<int> completed = 0;
+    PlayerNode node;
+    AudioEngine engine;
+};
+
+}  // namespace
+
+TEST(SystemOutput, SaysSoWhenThereIsNoServer) {
+    const QTemporaryDir nowhere;
+    qputenv("PULSE_SERVER", "unix:" + nowhere.path().toUtf8() + "/socket");
+    Player player;
+    QElapsedTimer timer;
+    timer.start();
+    try {
+        player.engine.start();
+        ADD_FAILURE() << "no server, and yet it started";
+    } catch (const Error& error) {
+        EXPECT_EQ(error.kind(), ErrorKind::unavailable);
+        EXPECT_EQ(error.text(), QStringLiteral("No sound server is running."));
+    }
+    EXPECT_LT(timer.elapsed(), 500);
+    EXPECT_FALSE(player.engine.isRunning());
+    qunsetenv("PULSE_SERVER");
+
+    const SoundServer server;
+    player.engine.start();
+    EXPECT_EQ(player.node.outputSampleRate(), 44100) << "the next attempt finds a new server";
+}
+
+TEST(SystemOutput, PlaysFilesBitForBitAndStopsNothingBetweenThem) {
+    for (const AudioFormat format : {cd, AudioFormat{48000, 2}}) {
+        SoundServer server(format);
+        ASSERT_TRUE(server.isRunning());
+        const std::vector<std::shared_ptr<MemoryFile>> files = {
+            makeNoise(format, 40001, 1), makeNoise(format, 1, 2), makeNoise(format, 99999, 3)};
+        SoundRecorder recorder(server);
+        Player player;
+        for (const auto& file : files) {
+            player.schedule(file);
+        }
+        player.start();
+        ASSERT_TRUE(player.waitForEnd());
+        const std::vector<float> recording = recorder.finish();
+        const Comparison result = compare(concatenation(files), recording, 2);
+        EXPECT_TRUE(result.isExact(140001)) << result.text();
+    }
+}
+
+TEST(SystemOutput, LosesNothingInAPauseAndStopsAtOnce) {
+    SoundServer server;
+    const auto file = makeNoise(cd, 44100 * 2, 1);
+    SoundRecorder recorder(server);
+    Player player;
+    player.schedule(file);
+    player.start();
+    for (const int64_t frame : {15000, 40000}) {
+        ASSERT_TRUE(player.waitForFrame(frame));
+        player.node.pause();
+        const auto paused = player.node.sampleTime();
+        QThread::msleep(150);
+        EXPECT_EQ(player.node.sampleTime(), paused);
+        player.node.play();
+    }
+    ASSERT_TRUE(player.waitForEnd());
+    const Comparison result = compare(file->samples(), recorder.finish(), 2);
+    EXPECT_EQ(result.matched, file->frames()) << result.text();
+    EXPECT_EQ(result.lost + result.repeated + result.excess, 0) << result.text();
+    EXPECT_EQ(result.gaps, 2) << result.text();
+
+    // A stop and a new start, as a seek does it: the old sound is cut off, the new one is whole.
+    const auto before = makeNoise(cd, 44100 * 5, 2);
+    const auto after = makeNoise(cd, 20000, 3);
+    SoundRecorder second(server);
+    player.node.stop();
+    player.schedule(before);
+    player.node.play();
+    ASSERT_TRUE(player.waitForFrame(10000));
+    const int64_t position = *player.node.sampleTime();
+    player.node.stop();
+    player.schedule(after);
+    player.node.play();
+    ASSERT_TRUE(player.waitForEnd());
+    const std::vector<float> recording = second.finish();
+    const Comparison whole = compare(concatenation({before, after}), recording, 2);
+    // Everything of the second file, and of the first no more than was heard and what the device
+    // had in hand.
+    const int64_t cut = before->frames() - whole.lost;
+    EXPECT_EQ(whole.matched, cut + after->frames()) << whole.text();
+    EXPECT_NEAR(static_cast<double>(cut), static_cast<double>(position), 44100 * 0.12);
+}
+
+TEST(SystemOutput, ChangesTheVolumeSoonAndInPlace) {
+    SoundServer server;
+    const auto file = makeNoise(cd, 44100 * 2, 1);
+    SoundRecorder recorder(server);
+    Player player;
+    player.schedule(file);
+    player.start();
+    ASSERT_TRUE(player.waitForFrame(22050));
+    player.node.setVolume(0.5F);
+    const int64_t changed = *player.node.sampleTime();
+    ASSERT_TRUE(player.waitForEnd());
+    const std::vector<float> recording = recorder.finish();
+
+    // Each frame is in its place, with a gain that goes from 1 to 1/2 once.
+    const int64_t leadIn = leadInOf(recording, 2);
+    ASSERT_GE(leadIn, 0);
+    ASSERT_GE(recording.size(), (leadIn + file->frames()) * 2);
+    const float* heard = recording.data() + leadIn * 2;
+    int64_t firstChanged = -1;
+    int64_t lastChanging = -1;
+    for (int64_t i = 0; i < file->frames() * 2; ++i) {
+        const float sample = file->samples()[i];
+        const float ratio = sample == 0 ? 1 : heard[i] / sample;
+        ASSERT_TRUE(ratio > 0.499F && ratio < 1.001F) << "frame " << i / 2 << " " << ratio;
+        if (firstChanged < 0 && ratio < 0.999F) {
+            firstChanged = i / 2;
+        }
+        if (firstChanged >= 0 && ratio > 0.501F && sample != 0) {
+            lastChanging = i / 2;
+        }
+    }
+    EXPECT_NEAR(static_cast<double>(firstChanged), static_cast<double>(changed), 44100 * 0.25);
+    EXPECT_NEAR(static_cast<double>(lastChanging - firstChanged), 441, 5);
+}
+
+TEST(SystemOutput, GoesOnWhereItWasWhenTheServerComesBack) {
+    SoundServer server;
+    const auto file = makeNoise(cd, 44100 * 3, 1);
+    auto recorder = std::make_unique<SoundRecorder>(server);
+    Player player;
+    player.schedule(file);
+    player.start();
+    ASSERT_TRUE(player.waitForFrame(44100));
+    const int64_t before = *player.node.sampleTime();
+    server.kill();
+    QThread::msleep(100);
+    const int64_t lost = *player.node.sampleTime();
+    EXPECT_NEAR(static_cast<double>(lost), static_cast<double>(before), 44100 * 0.1);
+    QThread::msleep(100);
+    EXPECT_EQ(player.node.sampleTime(), lost) << "the position waits for the server";
+    recorder.reset();
+    server.start();
+    SoundRecorder second(server);
+    ASSERT_TRUE(player.waitForEnd());
+    const std::vector<float> rest(file->samples().begin() + lost * 2, file->samples().end());
+    const Comparison result = compare(rest, second.finish(), 2);
+    // The recorder may have come a moment after the first frames.
+    EXPECT_EQ(result.repeated + result.excess + result.gaps, 0) << result.text();
+    EXPECT_EQ(result.matched + result.lost, file->frames() - lost) << result.text();
+    EXPECT_LT(result.lost, 44100);
+}
+
+TEST(SystemOutput, TellsThePositionThatIsHeard) {
+    SoundServer server;
+    const auto file = makeNoise(cd, 44100 * 3, 1);
+    SoundRecorder recorder(server);
+    Player player;
+    player.schedule(file);
+    player.start();
+    ASSERT_TRUE(player.waitForFrame(8000));
+    const int64_t recordedBefore = recorder.frames();
+    const int64_t heardBefore = *player.node.sampleTime();
+    int64_t last = heardBefore;
+    for (int i = 0; i < 100; ++i) {
+        QThread::msleep(10);
+        const int64_t now = *player.node.sampleTime();
+        ASSERT_GE(now, last);
+        ASSERT_LT(now - last, 44100 / 10) << "no jumps";
+        last = now;
+    }
+    const int64_t recordedAfter = recorder.frames();
+    const Comparison result = compare(file->samples(), recorder.finish(), 2);
+    // What the recorder has got lies behind by the monitor's blocks.
+    EXPECT_NEAR(static_cast<double>(heardBefore),
+                static_cast<double>(recordedBefore - result.leadIn), 44100 * 0.15);
+    EXPECT_NEAR(static_cast<double>(last), static_cast<double>(recordedAfter - result.leadIn),
+                44100 * 0.15);
+}
+
+TEST(SystemOutput, FollowsTheDefaultSink) {
+    SoundServer server;
+    const QByteArray other = server.loadSink("other", cd);
+    const auto file = makeNoise(cd, 44100 * 2, 1);
+    SoundRecorder recorder(server, "other");
+    Player player;
+    player.schedule(file);
+    player.start();
+    ASSERT_TRUE(player.waitForFrame(20000));
+    server.setDefaultSink("other");
+    ASSERT_TRUE(player.waitForEnd());
+    const Comparison result = compare(file->samples(), recorder.finish(), 2);
+    EXPECT_GE(result.leadIn, 0) << "it moved";
+    EXPECT_EQ(result.matched + result.lost, file->frames()) << result.text();
+    EXPECT_EQ(result.repeated + result.excess, 0) << result.text();
+}
+
+TEST(SilentOutput, KeepsRealTime) {
+    PlayerNode node;
+    AudioEngine engine(makeSilentOutput({48000, 2}), node);
+    std::atomic<int> completed = 0;
+    node.scheduleFile(makeNoise(cd, 44100 / 2, 1), [&](CompletionCallbackType) { ++completed; });
+    engine.start();
+    node.waitUntilIdle();
+    QElapsedTimer timer;
+    timer.start();
+    node.play();
+    QThread::msleep(200);
+    EXPECT_NEAR(static_cast<double>(*node.sampleTime()),
+                48.0 * static_cast<double>(timer.elapsed()), 48 * 40);
+    node.pause();
+    const int64_t paused = *node.sampleTime();
+    QThread::msleep(60);
+    EXPECT_EQ(node.sampleTime(), paused);
+    EXPECT_EQ(completed, 0);
+    node.play();
+    timer.start();
+    while (completed == 0 && timer.elapsed() < 3000) {
+        QThread::msleep(2);
+    }
+    EXPECT_EQ(completed, 1);
+    EXPECT_NEAR(static_cast<double>(timer.elapsed()), static_cast<double>(24000 - paused) / 48, 60);
+    EXPECT_EQ(node.sampleTime(), 24000);
+}

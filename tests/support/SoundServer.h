@@ -1,0 +1,109 @@
+#pragma once
+
+#include <QByteArray>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/decode/AudioFormat.h"
+
+namespace halvenor::test {
+
+/// A private PulseAudio server with one sink ("main", the default) that plays into nothing in real
+/// time and passes every frame to its monitor unchanged.
+///
+/// While it lives, PULSE_SERVER points clients of this process at it. It is started and stopped by
+/// process id, in a temporary runtime directory.
+class SoundServer {
+  public:
+    /// Starts the server and waits until it answers. isRunning() tells whether it did.
+    explicit SoundServer(AudioFormat sinkFormat = {44100, 2});
+    ~SoundServer();
+    SoundServer(const SoundServer&) = delete;
+    SoundServer& operator=(const SoundServer&) = delete;
+
+    bool isRunning() const { return process_ && process_->state() == QProcess::Running; }
+    /// Ends the server as a crash would.
+    void kill();
+    /// Starts it again after kill(), at the same address; its sink may have another format.
+    void start(AudioFormat sinkFormat);
+    void start() { start(format_); }
+
+    /// Adds a sink. @return the number to unload it by
+    QByteArray loadSink(const QByteArray& name, AudioFormat format);
+    void unloadModule(const QByteArray& number);
+    void setDefaultSink(const QByteArray& name);
+    /// Runs pactl on this server. @return its output
+    QByteArray pactl(const QStringList& arguments) const;
+
+    AudioFormat format() const { return format_; }
+
+  private:
+    friend class SoundRecorder;
+    QProcessEnvironment environment() const;
+
+    QTemporaryDir directory_;
+    QByteArray previousServer_;
+    AudioFormat format_;
+    std::unique_ptr<QProcess> process_;
+};
+
+/// Records what a sink plays, from construction to finish().
+class SoundRecorder {
+  public:
+    explicit SoundRecorder(SoundServer& server, const QByteArray& sink = "main");
+    ~SoundRecorder();
+
+    /// Frames recorded so far.
+    int64_t frames() const;
+    /// Waits until the recorder has frames beyond what it has now, so that all that was heard up to
+    /// this moment is in it, then ends it. @return samples, interleaved
+    std::vector<float> finish();
+
+  private:
+    void end();
+
+    AudioFormat format_;
+    QTemporaryDir directory_;
+    QProcess process_;
+};
+
+/// How a recording differs from what should be in it.
+struct Comparison {
+    /// Frames of silence before the first frame; -1 when it was not found.
+    int64_t leadIn = -1;
+    /// Frames of the expected sound found in their order.
+    int64_t matched = 0;
+    /// Places where silence was put in, and its frames in all.
+    int64_t gaps = 0;
+    int64_t insertedZeros = 0;
+    /// Frames that are missing: the recording goes on further along.
+    int64_t lost = 0;
+    /// Frames heard a second time.
+    int64_t repeated = 0;
+    /// Frames that are neither silence nor anything expected. The comparison gives up at 100.
+    int64_t changed = 0;
+    /// Where in the expected sound it first went wrong, in frames; -1: nowhere.
+    int64_t firstMismatch = -1;
+    /// Frames of anything but silence after the end.
+    int64_t excess = 0;
+
+    bool isExact(int64_t expectedFrames) const {
+        return leadIn >= 0 && matched == expectedFrames && firstMismatch < 0 && excess == 0;
+    }
+    std::string text() const;
+};
+
+/// Frames of silence at the beginning; -1 when there is nothing else.
+int64_t leadInOf(const std::vector<float>& recording, int channels);
+
+/// Finds `expected` in `recording` and follows it to its end, over gaps, losses and repetitions.
+/// Frames of `expected` should be distinct and not silent (noise); both have `channels` channels.
+Comparison compare(const std::vector<float>& expected, const std::vector<float>& recording,
+                   int channels);
+
+}  // namespace halvenor::test
