@@ -1,12 +1,12 @@
 #pragma once
 
-#include "base/FileUrl.h"
-
 #include <QList>
 
 #include <span>
 #include <string_view>
 #include <vector>
+
+#include "base/FileUrl.h"
 
 namespace halvenor {
 

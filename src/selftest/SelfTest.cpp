@@ -1,9 +1,5 @@
 #include "selftest/SelfTest.h"
 
-#include "base/Error.h"
-#include "platform/audio/Outputs.h"
-#include "selftest/SampleMusic.h"
-
 #include <QElapsedTimer>
 #include <QFile>
 
@@ -11,6 +7,10 @@
 #include <cmath>
 #include <cstdio>
 #include <utility>
+
+#include "base/Error.h"
+#include "platform/audio/Outputs.h"
+#include "selftest/SampleMusic.h"
 
 namespace halvenor {
 

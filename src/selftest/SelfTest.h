@@ -1,12 +1,12 @@
 #pragma once
 
-#include "base/Task.h"
-#include "state/AppState.h"
-
 #include <QTemporaryDir>
 
 #include <functional>
 #include <vector>
+
+#include "base/Task.h"
+#include "state/AppState.h"
 
 namespace halvenor {
 
