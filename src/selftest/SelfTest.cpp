@@ -105,7 +105,7 @@ Task<bool> SelfTest::waitUntil(std::function<bool()> condition, std::chrono::mil
     QElapsedTimer clock;
     clock.start();
     while (!condition()) {
-        if (clock.durationElapsed() > limit) {
+        if (clock.elapsed() > limit.count()) {
             co_return false;
         }
         co_await sleepFor(20ms);
