@@ -63,6 +63,12 @@ MediaKind opus(MediaKind kind) {
     return kind;
 }
 
+MediaKind slow(MediaKind kind) {
+    kind.outputRate = 22050;
+    kind.isLengthKept = false;
+    return kind;
+}
+
 std::vector<MediaKind> makeKinds() {
     return {
         lossless(own("wav s16", "wav", AudioFileType::wave16)),
@@ -75,19 +81,20 @@ std::vector<MediaKind> makeKinds() {
         lengthless(own("aac adts", "aac", AudioFileType::aacAdts)),
         own("mp3", "mp3", AudioFileType::mp3),
         own("vorbis", "ogg", AudioFileType::vorbis),
-        opus(own("opus", "ogg", AudioFileType::opus)),
+        opus(foreign("opus", "ogg", "ffmpeg -v error -y -i IN -c:a libopus -f ogg OUT")),
         foreign("mp3 lame V2", "mp3", "lame --quiet -V2 IN OUT"),
         foreign("mp3 lame 128", "mp3", "lame --quiet --cbr -b 128 IN OUT"),
-        foreign("mp3 lame mono 32", "mp3", "lame --quiet --cbr -b 32 -m m IN OUT"),
+        slow(foreign("mp3 lame mono 8", "mp3",
+                     "lame --quiet --cbr -b 8 --resample 22.05 -m m IN OUT")),
         lengthless(foreign("mp3 lame untagged", "mp3", "lame --quiet -t --cbr -b 128 IN OUT")),
         lengthless(foreign("mp3 lame untagged V5", "mp3", "lame --quiet -t -V5 IN OUT")),
         lengthless(foreign("mp2", "mp3", "ffmpeg -v error -y -i IN -c:a mp2 -f mp2 OUT")),
         foreign("ogg oggenc", "ogg", "oggenc -Q -q 5 -o OUT IN"),
         lossless(foreign("flac seektable", "flac", "flac -s -f -S 1s -o OUT IN")),
         lossless(foreign("flac in ogg", "ogg", "ffmpeg -v error -y -i IN -c:a flac -f ogg OUT")),
-        lossless(
-            foreign("wav s24 extensible", "wav", "ffmpeg -v error -y -i IN -c:a pcm_s24le OUT")),
-        lossless(foreign("wav rf64", "wav", "ffmpeg -v error -y -i IN -rf64 always OUT")),
+        lossless(foreign("wav s24 extensible", "wav",
+                         "ffmpeg -v error -y -i IN -c:a pcm_s24le -f wav OUT")),
+        lossless(foreign("wav rf64", "wav", "ffmpeg -v error -y -i IN -rf64 always -f wav OUT")),
         lossless(
             foreign("aifc sowt", "aif", "ffmpeg -v error -y -i IN -c:a pcm_s16le -f aiff OUT")),
         lossless(foreign("aifc f32", "aif", "ffmpeg -v error -y -i IN -c:a pcm_f32be -f aiff OUT")),
@@ -97,6 +104,10 @@ std::vector<MediaKind> makeKinds() {
 }
 
 }  // namespace
+
+void PrintTo(const MediaKind& kind, std::ostream* out) {
+    *out << kind.name;
+}
 
 Signal Signal::part(int64_t begin, int64_t count) const {
     Signal result{{}, sampleRate, channels};

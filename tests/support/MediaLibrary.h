@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,9 @@ struct MediaKind {
     int outputRate = 0;        ///< where the codec has a rate of its own; 0: the signal's
     std::function<void(const FileUrl&, const Signal&)> write;
 };
+
+/// Shows a kind in the messages of parameterised tests.
+void PrintTo(const MediaKind& kind, std::ostream* out);
 
 /// Every kind: our own writer's types, and other encoders where they differ (LAME, oggenc, flac,
 /// ffmpeg).

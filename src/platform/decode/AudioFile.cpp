@@ -133,6 +133,9 @@ bool DecodedFile::fetch() {
 }
 
 void DecodedFile::place(const PacketPlace& told) {
+    if (told.isAfterLoss) {
+        cursor_.reset();
+    }
     std::optional<int64_t> begin = cursor_;
     if (told.begin) {
         begin = *told.begin - layout_.origin;

@@ -1,7 +1,6 @@
 #include "platform/decode/Decoder.h"
 
 #include <cstring>
-#include <mutex>
 
 #include "base/Error.h"
 #include "platform/ffmpeg/FFmpeg.h"
@@ -13,12 +12,6 @@ namespace {
 [[noreturn]] void throwUnsupported() {
     throw Error(ErrorKind::unsupported,
                 QStringLiteral("The file holds no audio in a format that can be played."));
-}
-
-/// Damaged files are daily business and told by other means; the terminal is not ours.
-void silenceLog() {
-    static std::once_flag once;
-    std::call_once(once, [] { ffmpeg::av_log_set_level(AV_LOG_QUIET); });
 }
 
 template <typename Sample, typename ToFloat>
@@ -168,7 +161,6 @@ Decoder::Decoder(const AVCodecParameters& parameters, const std::string& decoder
     : parameters_(ffmpeg::avcodec_parameters_alloc()),
       decoderName_(decoderName),
       frame_(ffmpeg::av_frame_alloc()) {
-    silenceLog();
     if (!parameters_ || !frame_ ||
         ffmpeg::avcodec_parameters_copy(parameters_.get(), &parameters) < 0) {
         throw std::bad_alloc();
@@ -200,12 +192,8 @@ void Decoder::open() {
 
 void Decoder::reset() {
     converter_.reset();
-    // The Vorbis decoder swallows the first packet's output when new, not when flushed.
-    if (parameters_->codec_id == AV_CODEC_ID_VORBIS) {
-        open();
-    } else {
-        ffmpeg::avcodec_flush_buffers(context_.get());
-    }
+    // A flush leaves traces in some decoders (AAC's window shapes, Vorbis' first packet).
+    open();
 }
 
 void Decoder::decode(const AVPacket* packet, SampleBlock& block) {

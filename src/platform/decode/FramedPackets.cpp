@@ -39,7 +39,7 @@ class FramedPackets final : public PacketSource {
         if (!bytes_->readFully(frame->offset, buffer_) || !fillPacket(packet, buffer_)) {
             return std::nullopt;
         }
-        return PacketPlace{.begin = frameBegin_, .end = std::nullopt};
+        return PacketPlace{frameBegin_};
     }
 
     std::optional<int64_t> seek(int64_t frame) override {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace halvenor {
 
@@ -24,6 +25,7 @@ std::optional<OggPage> parsePage(ByteSource& bytes, int64_t offset) {
     page.isLast = (head[5] & 4) != 0;
     page.granule = static_cast<int64_t>(le64(&head[6]));
     page.serial = le32(&head[14]);
+    page.sequence = le32(&head[18]);
     page.segments = head[26];
     page.bodyOffset = offset + headerBytes + page.segments;
     if (!bytes.readFully(offset + headerBytes,
@@ -119,6 +121,8 @@ void OggPacketReader::moveTo(int64_t offset) {
     segment_ = 0;
     page_ = {};
     hasPartial_ = false;
+    nextSequence_.reset();
+    isAfterLoss_ = false;
 }
 
 bool OggPacketReader::loadPage() {
@@ -136,6 +140,9 @@ bool OggPacketReader::loadPage() {
             hasPartial_ = false;
             continue;
         }
+        isAfterLoss_ = isAfterLoss_ || (nextSequence_ && *nextSequence_ != page->sequence);
+        hasPartial_ = hasPartial_ && !isAfterLoss_;
+        nextSequence_ = page->sequence + 1;
         page_ = *page;
         segment_ = 0;
         bodyAt_ = page_.bodyOffset;
@@ -189,6 +196,7 @@ std::optional<OggPacket> OggPacketReader::next(size_t keepBytes) {
         }
         hasPartial_ = false;
         partial_.pageOffset = page_.offset;
+        partial_.isAfterLoss = std::exchange(isAfterLoss_, false);
         if (endsLeft_ == 0) {
             partial_.granule = page_.granule;
             partial_.isLastOfStream = page_.isLast;

@@ -16,6 +16,7 @@ struct OggPage {
     int64_t bodyBytes = 0;
     int64_t granule = -1;  ///< position behind the last packet that ends here; -1: none ends here
     uint32_t serial = 0;
+    uint32_t sequence = 0;     ///< number of the page within its stream
     bool isContinued = false;  ///< begins inside a packet
     bool isFirst = false;      ///< begins a logical stream
     bool isLast = false;       ///< ends a logical stream
@@ -41,7 +42,8 @@ struct OggPacket {
     /// Where the stream stands behind this packet, when it is the last to end on its page.
     std::optional<int64_t> granule;
     bool isLastOfStream = false;
-    int64_t pageOffset = 0;  ///< the page that it ends on
+    bool isAfterLoss = false;  ///< a page before it is missing or damaged
+    int64_t pageOffset = 0;    ///< the page that it ends on
 };
 
 /// Puts the packets of one logical stream together, page by page. Pages with a wrong checksum are
@@ -71,6 +73,8 @@ class OggPacketReader {
     int segment_ = 0;
     int64_t bodyAt_ = 0;
     int endsLeft_ = 0;
+    std::optional<uint32_t> nextSequence_;
+    bool isAfterLoss_ = false;
     bool hasPartial_ = false;
     OggPacket partial_;
 };

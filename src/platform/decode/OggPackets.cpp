@@ -29,6 +29,7 @@ class OggPackets final : public PacketSource {
             return std::nullopt;
         }
         PacketPlace place;
+        place.isAfterLoss = read->isAfterLoss;
         if (read->granule) {
             place.end = read->granule;
             place.isCut = read->isLastOfStream;

@@ -9,10 +9,12 @@ namespace halvenor {
 /// What a packet tells of the place of the frames it decodes to, in the decoder's frames from the
 /// stream's beginning (StreamLayout). At most one of the two.
 struct PacketPlace {
-    std::optional<int64_t> begin;
-    std::optional<int64_t> end;
+    std::optional<int64_t> begin = std::nullopt;
+    std::optional<int64_t> end = std::nullopt;
     /// The end is where the stream is cut, not where the decoder's frames end.
     bool isCut = false;
+    /// Something is missing before it: frames can't be counted on from what came before.
+    bool isAfterLoss = false;
 };
 
 /// The packets of one stream in order, from any place. One thread at a time.

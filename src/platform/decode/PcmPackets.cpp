@@ -27,7 +27,7 @@ class PcmPackets final : public PacketSource {
             !fillPacket(packet, std::span(buffer_).first(static_cast<size_t>(got * frameBytes_)))) {
             return std::nullopt;
         }
-        const PacketPlace place = {.begin = at_, .end = std::nullopt};
+        const PacketPlace place{at_};
         at_ += got;
         return place;
     }

@@ -12,7 +12,7 @@ namespace halvenor::test {
 
 namespace {
 
-constexpr int64_t musicFrames = 60001;
+constexpr int64_t musicFrames = 300001;
 
 FileUrl written(const QByteArray& name, const QByteArray& bytes) {
     const FileUrl url = MediaLibrary::shared().place(name);
@@ -106,7 +106,7 @@ TEST(CutShort, GivesTheBeginningAndEnds) {
             }
             const std::vector<float> got = decodeAll(url);
             ASSERT_LE(got.size(), all.size());
-            EXPECT_GE(got.size(), size_t(double(all.size()) * (share - 0.25)));
+            EXPECT_GE(double(got.size()), double(all.size()) * (share - 0.25));
             // The codec's last frames may lean on what is gone.
             const auto sure = static_cast<ptrdiff_t>(got.size() > 8192 ? got.size() - 8192 : 0);
             EXPECT_EQ(firstDifference({got.begin(), got.begin() + sure},

@@ -44,8 +44,7 @@ TEST_P(EveryKind, ToldLengthIsTheDecodedOneAtEverySize) {
         if (kind.isLossless) {
             EXPECT_EQ(firstDifference(decoded, makeSignal(frames).samples), -1);
         } else if (kind.isLengthKept && frames > 4000) {
-            const bool isMono = info->format.channels == 1;
-            EXPECT_LT(isMono ? 0 : relativeError(decoded, makeSignal(frames).samples), 0.2);
+            EXPECT_LT(relativeError(decoded, makeSignal(frames).samples), 0.2);
         }
     }
 }
@@ -54,7 +53,8 @@ TEST_P(EveryKind, MonoAndOtherRatesAreKept) {
     const MediaKind& kind = GetParam();
     const FileUrl url = MediaLibrary::shared().file(kind.name, 40001, 48000, 1);
     const auto file = AudioFile::open(url);
-    EXPECT_EQ(file->processingFormat(), (AudioFormat{48000, 1}));
+    EXPECT_EQ(file->processingFormat(),
+              (AudioFormat{kind.outputRate > 0 ? kind.outputRate : 48000, 1}));
     const std::vector<float> decoded = readAll(*file);
     EXPECT_EQ(static_cast<int64_t>(decoded.size()), file->length());
     if (kind.isLengthKept) {
@@ -76,7 +76,7 @@ TEST(Joins, TwoHalvesMakeTheWhole) {
     const Signal whole = makeSignal(120000);
     constexpr int64_t cut = 50003;
     for (const MediaKind& kind : mediaKinds()) {
-        if (!kind.isLengthKept || kind.name == "mp3 lame mono 32") {
+        if (!kind.isLengthKept) {
             continue;
         }
         SCOPED_TRACE(kind.name);
@@ -106,7 +106,7 @@ TEST(Joins, TwoHalvesMakeTheWhole) {
 /// An independent decoder, trimming by itself, gives the same samples.
 TEST(Joins, SamplesAreThoseOfAnotherProgram) {
     for (const char* name : {"mp3", "mp3 lame V2", "mp3 lame 128", "mp3 lame untagged", "vorbis",
-                             "ogg oggenc", "flac 24", "mp2"}) {
+                             "ogg oggenc", "flac 24", "mp3 lame mono 8"}) {
         SCOPED_TRACE(name);
         const FileUrl url = MediaLibrary::shared().file(name, musicFrames);
         const std::vector<float> reference = asFloats(

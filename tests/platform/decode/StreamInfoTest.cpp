@@ -28,7 +28,7 @@ TEST(DataRate, IsThatOfTheAudioAlone) {
         {"aiff", 1411200, 1411200},
         {"mp3 lame 128", 128000, 128000},
         {"mp3 lame untagged", 128000, 128000},
-        {"mp3 lame mono 32", 32000, 32000},
+        {"mp3 lame mono 8", 8000, 8000},
         {"mp3 lame V2", 90000, 260000},
         {"mp3 lame untagged V5", 60000, 200000},
         {"flac 16", 500000, 1400000},
