@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <cstdint>
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "platform/decode/AudioFormat.h"
+#include "support/ChildProcess.h"
 
 namespace halvenor::test {
 
@@ -26,7 +26,8 @@ class SoundServer {
     SoundServer(const SoundServer&) = delete;
     SoundServer& operator=(const SoundServer&) = delete;
 
-    bool isRunning() const { return process_ && process_->state() == QProcess::Running; }
+    bool isRunning() { return process_.isRunning(); }
+    pid_t processId() const { return process_.id(); }
     /// Ends the server as a crash would.
     void kill();
     /// Starts it again after kill(), at the same address; its sink may have another format.
@@ -38,25 +39,24 @@ class SoundServer {
     void unloadModule(const QByteArray& number);
     void setDefaultSink(const QByteArray& name);
     /// Runs pactl on this server. @return its output
-    QByteArray pactl(const QStringList& arguments) const;
+    QByteArray pactl(const std::vector<std::string>& arguments) const;
 
     AudioFormat format() const { return format_; }
 
   private:
     friend class SoundRecorder;
-    QProcessEnvironment environment() const;
+    std::map<std::string, std::string> environment() const;
 
     QTemporaryDir directory_;
     QByteArray previousServer_;
     AudioFormat format_;
-    std::unique_ptr<QProcess> process_;
+    ChildProcess process_;
 };
 
 /// Records what a sink plays, from construction to finish().
 class SoundRecorder {
   public:
     explicit SoundRecorder(SoundServer& server, const QByteArray& sink = "main");
-    ~SoundRecorder();
 
     /// Frames recorded so far.
     int64_t frames() const;
@@ -65,11 +65,9 @@ class SoundRecorder {
     std::vector<float> finish();
 
   private:
-    void end();
-
     AudioFormat format_;
     QTemporaryDir directory_;
-    QProcess process_;
+    ChildProcess process_;
 };
 
 /// How a recording differs from what should be in it.

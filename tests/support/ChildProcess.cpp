@@ -1,0 +1,107 @@
+#include "support/ChildProcess.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <csignal>
+#include <fcntl.h>
+#include <spawn.h>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <utility>
+
+namespace halvenor::test {
+
+namespace {
+
+std::vector<std::string> environmentWith(const std::map<std::string, std::string>& changes) {
+    std::vector<std::string> result;
+    for (char** variable = environ; *variable; ++variable) {
+        const std::string text = *variable;
+        if (!changes.contains(text.substr(0, text.find('=')))) {
+            result.push_back(text);
+        }
+    }
+    for (const auto& [name, value] : changes) {
+        if (!value.empty()) {
+            result.push_back(name + "=" + value);
+        }
+    }
+    return result;
+}
+
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    for (std::string& text : texts) {
+        pointers.push_back(text.data());
+    }
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+}  // namespace
+
+ChildProcess::ChildProcess(const Setup& setup) {
+    std::vector<std::string> command = {"setpriv", "--pdeathsig", "KILL"};
+    command.insert(command.end(), setup.command.begin(), setup.command.end());
+    std::vector<std::string> environment = environmentWith(setup.environment);
+    const std::string output = setup.outputFile.empty() ? "/dev/null" : setup.outputFile;
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.c_str(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    const int result = posix_spawnp(&id_, command[0].c_str(), &actions, nullptr,
+                                    pointersTo(command).data(), pointersTo(environment).data());
+    posix_spawn_file_actions_destroy(&actions);
+    if (result != 0) {
+        id_ = -1;
+        throw std::runtime_error("can't start " + setup.command[0]);
+    }
+}
+
+ChildProcess::ChildProcess(ChildProcess&& other) noexcept : id_(std::exchange(other.id_, -1)) {}
+
+ChildProcess& ChildProcess::operator=(ChildProcess&& other) noexcept {
+    if (this != &other) {
+        kill();
+        id_ = std::exchange(other.id_, -1);
+    }
+    return *this;
+}
+
+bool ChildProcess::isRunning() {
+    if (id_ > 0 && waitpid(id_, nullptr, WNOHANG) == id_) {
+        id_ = -1;
+    }
+    return id_ > 0;
+}
+
+void ChildProcess::kill() {
+    if (isRunning()) {
+        ::kill(id_, SIGKILL);
+        waitpid(std::exchange(id_, -1), nullptr, 0);
+    }
+}
+
+int ChildProcess::wait() {
+    int status = 0;
+    if (id_ <= 0 || waitpid(std::exchange(id_, -1), &status, 0) < 0) {
+        return -1;
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+QByteArray ChildProcess::run(Setup setup) {
+    const QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("output"));
+    setup.outputFile = path.toStdString();
+    ChildProcess(setup).wait();
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+}  // namespace halvenor::test
