@@ -8,7 +8,14 @@ namespace halvenor {
 
 std::optional<StreamInfo> readStreamInfo(const FileUrl& url) {
     try {
-        const auto bytes = std::make_shared<FileBytes>(url);
+        return readStreamInfo(std::make_shared<FileBytes>(url));
+    } catch (const Error&) {
+        return std::nullopt;
+    }
+}
+
+std::optional<StreamInfo> readStreamInfo(const std::shared_ptr<ByteSource>& bytes) {
+    try {
         StreamLayout layout = readStreamLayout(*bytes);
         if (layout.isFormatHidden) {
             revealFormat(bytes, layout);

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 
 #include "base/FileUrl.h"
 #include "platform/decode/AudioFormat.h"
+#include "platform/decode/ByteSource.h"
 
 namespace halvenor {
 
@@ -24,5 +26,7 @@ struct StreamInfo {
 /// bytes (past an ID3v2 tag), never from the file's name. Absent when no audio is recognised or
 /// the file can't be read. Any thread; touches the disk.
 std::optional<StreamInfo> readStreamInfo(const FileUrl& url);
+/// The same for a file that is open already.
+std::optional<StreamInfo> readStreamInfo(const std::shared_ptr<ByteSource>& bytes);
 
 }  // namespace halvenor

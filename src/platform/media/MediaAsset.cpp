@@ -2,10 +2,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <sys/stat.h>
 
-#include "base/Error.h"
 #include "platform/decode/StreamInfo.h"
 #include "platform/media/TagReaders.h"
 
@@ -50,14 +48,14 @@ void readItems(ByteSource& bytes, ItemSink& sink) {
     }
 }
 
-void readStreams(const FileUrl& url, MediaAsset& asset) {
-    const auto info = readStreamInfo(url);
+void readStreams(const std::shared_ptr<ByteSource>& bytes, MediaAsset& asset) {
+    const auto info = readStreamInfo(bytes);
     if (!info || info->format.sampleRate <= 0) {
         return;
     }
-    asset.duration =
-        static_cast<double>(std::max<int64_t>(0, info->frames)) / info->format.sampleRate;
-    asset.audioTracks.push_back({{{static_cast<double>(info->format.sampleRate)}}, info->dataRate});
+    const double sampleRate = info->format.sampleRate;
+    asset.duration = static_cast<double>(std::max<int64_t>(0, info->frames)) / sampleRate;
+    asset.audioTracks.push_back({{{sampleRate}}, info->dataRate});
 }
 
 // A file that may not be opened still has a size.
@@ -67,26 +65,31 @@ int64_t sizeWithoutOpening(const FileUrl& url) {
     return isFile ? status.st_size : 0;
 }
 
+// Damaged tags can ask for memory that isn't there, and whatever is wrong with one part of a file,
+// the others still tell what they can: what a part found before it failed counts.
+template <class Part>
+void readPart(Part part) {
+    try {
+        part();
+    } catch (const std::exception&) {
+    }
+}
+
 }  // namespace
 
 MediaAsset MediaAsset::open(const FileUrl& url) {
     MediaAsset asset;
-    ItemSink sink;
-    try {
-        FileBytes bytes(url);
-        asset.fileSize = bytes.size();
-        readItems(bytes, sink);
-    } catch (const Error&) {
+    std::shared_ptr<ByteSource> bytes;
+    readPart([&] { bytes = std::make_shared<FileBytes>(url); });
+    if (!bytes) {
         asset.fileSize = sizeWithoutOpening(url);
-    } catch (const std::exception&) {
-        // Memory that a damaged tag asked for was refused: what was found before it counts.
+        return asset;
     }
+    asset.fileSize = bytes->size();
+    ItemSink sink;
+    readPart([&] { readItems(*bytes, sink); });
     sink.moveInto(asset);
-    try {
-        readStreams(url, asset);
-    } catch (const std::exception&) {
-        // As for a file whose headers tell nothing.
-    }
+    readPart([&] { readStreams(bytes, asset); });
     return asset;
 }
 
