@@ -24,7 +24,7 @@ namespace halvenor {
 
 namespace {
 
-constexpr std::chrono::milliseconds kProgressInterval{100};
+constexpr std::chrono::milliseconds progressInterval{100};
 
 std::exception_ptr missingFile(const FileUrl& url) {
     return std::make_exception_ptr(ID3WriterError::ioError(QStringLiteral("File not found: ") +
@@ -39,7 +39,7 @@ AudioEngineManager::AudioEngineManager(std::unique_ptr<AudioOutput> output, File
       self_(std::make_shared<AudioEngineManager*>(this)) {
     playerNode_.setVolume(*volume);
     engine_.onConfigurationChange = [this] { restartAfterConfigurationChange(); };
-    progressTimer_.setInterval(kProgressInterval);
+    progressTimer_.setInterval(progressInterval);
     progressTimer_.setTimerType(Qt::CoarseTimer);
     QObject::connect(&progressTimer_, &QTimer::timeout, &progressTimer_,
                      [this] { updateCurrentTime(); });
@@ -285,7 +285,7 @@ void AudioEngineManager::schedule(ScheduledTrack entry, double position) {
         startFrameAt(position, file->length(), file->processingFormat().sampleRate);
     scheduledTracks_.push_back(std::move(entry));
     if (startFrame) {
-        playerNode_.scheduleSegment(file, *startFrame, kToTheEnd, std::move(handler));
+        playerNode_.scheduleSegment(file, *startFrame, toTheEnd, std::move(handler));
     } else {
         playerNode_.scheduleFile(file, std::move(handler));
     }
@@ -301,7 +301,6 @@ void AudioEngineManager::scheduledTrackFinished(const QUuid& id, uint64_t genera
     scheduledTracks_.erase(scheduledTracks_.begin());
     if (scheduledTracks_.empty()) {
         timelineStartSample_.reset();
-        playerNode_.pause();  // All has been heard; a running output would only cost power.
         currentTime = *duration;
         setPlaying(false);
         if (onPlaybackEnded) {

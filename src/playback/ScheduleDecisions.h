@@ -28,7 +28,7 @@ std::optional<int64_t> startFrameAt(double position, int64_t fileFrames, double 
 
 /// A frame count that reaches to the end of any file. What is played ends where the file ends: the
 /// length of one that tells no exact length is an estimate, and would cut off the music.
-inline constexpr int64_t kToTheEnd = std::numeric_limits<int64_t>::max();
+inline constexpr int64_t toTheEnd = std::numeric_limits<int64_t>::max();
 
 /// The place in the track when the player, which stood at `startSample` when the track stood at
 /// `basePosition`, has come to `sample`. Samples count in the output's rate, which is above 0.

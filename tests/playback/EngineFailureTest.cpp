@@ -164,6 +164,7 @@ TEST(EngineConfigurationChange, GoesOnAtTheSamePlaceWithTheSameNextTrack) {
         EXPECT_THAT(fixture.log, ElementsAre("now b", "ended"));
         EXPECT_EQ(fixture.output->framesHeard(), 24000 + 48000);
         const std::vector<float>& heard = fixture.output->heard();
+        ASSERT_GE(heard.size(), 96000U);
         const std::vector<float> last(heard.end() - 96000, heard.end());
         EXPECT_EQ(firstDifference(last, fixture.samplesOf(b)), -1);
     }
