@@ -31,7 +31,8 @@ class AudioFile {
     virtual void seek(int64_t frame) = 0;
     /// Decodes up to `frames` frames into `samples` (interleaved, room for frames × channels).
     /// @return frames given; fewer than asked only at the end, 0 from there on. Damage inside the
-    /// file is passed over; an unreadable rest is the end.
+    /// file is passed over, with silence for what is missing where the container tells times (all
+    /// but bare MP3 and AAC frames); an unreadable rest is the end.
     virtual int64_t read(float* samples, int64_t frames) = 0;
 };
 

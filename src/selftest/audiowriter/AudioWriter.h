@@ -21,7 +21,7 @@ enum class AudioFileType {
     aacAdts,
     mp3,
     vorbis,  ///< in Ogg
-    opus,    ///< in Ogg; at 48 kHz
+    opus,    ///< in Ogg; takes 48, 24, 16, 12 and 8 kHz alone
 };
 
 /// What may be written beside the samples. Empty strings write nothing.
