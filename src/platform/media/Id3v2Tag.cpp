@@ -2,6 +2,7 @@
 // whatever version the tag has.
 #include <array>
 #include <taglib/attachedpictureframe.h>
+#include <taglib/id3v2framefactory.h>
 #include <taglib/id3v2tag.h>
 #include <taglib/textidentificationframe.h>
 #include <taglib/unknownframe.h>
@@ -39,6 +40,47 @@ QStringList genreTexts(const QStringList& texts) {
     }
     return result;
 }
+
+// Opens up the type of frame headers, which TagLib keeps to frames and its own factory.
+class FrameHeaders : public TagLib::ID3v2::Frame {
+  public:
+    using Header = TagLib::ID3v2::Frame::Header;
+};
+
+// Makes one tag's frames as TagLib does, except that a compressed frame stays closed once those
+// before it have used up the allowance. A thousandfold growth is easily made, and TagLib unpacks
+// whatever it meets.
+class CautiousFactory final : public TagLib::ID3v2::FrameFactory {
+  public:
+    CautiousFactory() = default;
+    ~CautiousFactory() override = default;
+
+  protected:
+    bool updateFrame(FrameHeaders::Header* header) const override {
+        if (header->compression()) {
+            if (header->frameSize() > allowance_) {
+                close(*header);
+                return false;
+            }
+            allowance_ -= header->frameSize();
+        }
+        return FrameFactory::updateFrame(header);
+    }
+
+  private:
+    // TagLib leaves encrypted frames alone, so that is what the frame becomes.
+    static void close(FrameHeaders::Header& header) {
+        const unsigned size = header.frameSize();
+        const char encrypted = header.version() >= 4 ? 0x04 : 0x40;
+        TagLib::ByteVector bytes = header.frameID();
+        bytes.append(TagLib::ByteVector(6, 0));
+        bytes[9] = encrypted;
+        header.setData(bytes, header.version());
+        header.setFrameSize(size);
+    }
+
+    mutable unsigned allowance_ = 64 << 10;  // bytes as compressed
+};
 
 void addFrame(const TagLib::ID3v2::Frame& frame, ItemSink& sink) {
     constexpr auto format = MetadataFormat::id3v2;
@@ -82,7 +124,8 @@ void readId3v2Items(ByteSource& bytes, int64_t offset, ItemSink& sink) {
     }
     TagStream stream(bytes);
     BareFile file(stream);
-    const TagLib::ID3v2::Tag tag(&file, static_cast<long>(offset));
+    const CautiousFactory factory;
+    const TagLib::ID3v2::Tag tag(&file, static_cast<long>(offset), &factory);
     for (const TagLib::ID3v2::Frame* frame : tag.frameList()) {
         addFrame(*frame, sink);
     }

@@ -140,6 +140,24 @@ TEST(HostileFiles, costlyContentEndsSoon) {
     }
 }
 
+TEST(HostileFiles, compressedFramesDoNotExplode) {
+    // A frame of v2.3 that says it is compressed: flag, size when unpacked, deflated bytes.
+    const auto compressed = [](const QByteArray& identifier, const QByteArray& payload) {
+        QByteArray frame = id3Frame(3, identifier, qCompress(payload, 9));
+        frame[9] = '\x80';
+        return frame;
+    };
+    const QByteArray small = compressed("TIT2", QByteArray("\0title", 6));
+    const QByteArray bomb = compressed("TPE1", QByteArray(20 << 20, 'x'));
+    const TemporaryFolder folder;
+    const MediaAsset asset =
+        MediaAsset::open(folder.makeFile("file.mp3", id3Tag(3, small + bomb.repeated(8) + small)));
+    ASSERT_EQ(asset.metadata.size(), 10u);
+    EXPECT_EQ(asset.metadata.front().stringValue, QStringLiteral("title"));
+    EXPECT_EQ(asset.metadata.back().stringValue, QStringLiteral("title"));
+    EXPECT_TRUE(asset.metadata[8].isUnreadable);
+}
+
 TEST(HostileFiles, hugeFilesOfNothing) {
     // Sparse: 8 GB that take no room. The ID3v2 header claims the most that it can.
     const TemporaryFolder folder;
