@@ -123,16 +123,11 @@ TEST(Service, ItsEndWaitsForTheRunningJobAndCancelsTheQueue) {
 TEST(Service, WhatAJobHoldsDiesOnTheWorker) {
     Service service;
     QThread* diedOn = nullptr;
-    {
-        auto held = std::shared_ptr<int>(new int(0), [&](int* value) {
-            diedOn = QThread::currentThread();
-            delete value;
-        });
-        auto job = service.run([held](std::stop_token) { return *held; });
-        // The job's own copy lives on until the worker is done with it.
-        held.reset();
-        runToCompletion(job);
-    }
+    auto held = std::shared_ptr<int>(new int(0), [&](int* value) {
+        diedOn = QThread::currentThread();
+        delete value;
+    });
+    runToCompletion(service.run([held = std::move(held)](std::stop_token) { return *held; }));
     EXPECT_NE(diedOn, nullptr);
     EXPECT_NE(diedOn, QThread::currentThread());
 }
