@@ -1,0 +1,22 @@
+#include "ui/controls/ElidedText.h"
+
+#include <QFontMetricsF>
+#include <QPainter>
+
+namespace halvenor {
+
+void drawElided(QPainter& painter, const QRectF& area, const QFont& font, const QColor& colour,
+                const QString& text, Qt::Alignment alignment) {
+    if (text.isEmpty() || area.width() <= 0) {
+        return;
+    }
+    QString line = text;
+    line.replace(QLatin1Char('\n'), QLatin1Char(' '));
+    const QFontMetricsF metrics(font, painter.device());
+    painter.setFont(font);
+    painter.setPen(colour);
+    painter.drawText(area, static_cast<int>(alignment | Qt::AlignVCenter) | Qt::TextSingleLine,
+                     metrics.elidedText(line, Qt::ElideRight, area.width()));
+}
+
+}  // namespace halvenor

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QRectF>
+#include <QString>
+
+class QPainter;
+
+namespace halvenor {
+
+/// Draws one line of text, cut short with an ellipsis where it does not fit, in the middle of the
+/// height of `area`. Line ends in the text become blanks.
+/// @param alignment horizontal; Qt::AlignLeft follows the reading direction of the text's owner
+void drawElided(QPainter& painter, const QRectF& area, const QFont& font, const QColor& colour,
+                const QString& text, Qt::Alignment alignment = Qt::AlignLeft);
+
+}  // namespace halvenor

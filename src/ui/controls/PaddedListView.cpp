@@ -1,0 +1,163 @@
+#include "ui/controls/PaddedListView.h"
+
+#include <QCursor>
+#include <QMouseEvent>
+#include <QScrollBar>
+
+#include <algorithm>
+
+namespace halvenor {
+
+PaddedListView::PaddedListView(int top, int bottom, QWidget* parent)
+    : QListView(parent), top_(top), bottom_(bottom) {
+    setFrameShape(QFrame::NoFrame);
+    setUniformItemSizes(true);
+    setVerticalScrollMode(ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setSelectionMode(NoSelection);
+    setEditTriggers(NoEditTriggers);
+    setDragDropMode(NoDragDrop);
+    setMouseTracking(true);
+    viewport()->setMouseTracking(true);
+    verticalScrollBar()->setSingleStep(20);
+    scrolling_.setEasingCurve(QEasingCurve::OutCubic);
+    connect(&scrolling_, &QVariantAnimation::valueChanged, this,
+            [this](const QVariant& value) { verticalScrollBar()->setValue(value.toInt()); });
+}
+
+void PaddedListView::setSurface(const QColor& surface) {
+    QPalette colours = palette();
+    colours.setColor(QPalette::Base, surface);
+    colours.setColor(QPalette::Window, surface);
+    setPalette(colours);
+}
+
+void PaddedListView::updateRow(int row) {
+    if (model() != nullptr && row >= 0 && row < model()->rowCount()) {
+        viewport()->update(visualRect(model()->index(row, 0)));
+    }
+}
+
+void PaddedListView::scrollToRow(int row, std::chrono::milliseconds duration, Anchor anchor) {
+    if (model() == nullptr || row < 0 || row >= model()->rowCount()) {
+        return;
+    }
+    executeDelayedItemsLayout();
+    QScrollBar* bar = verticalScrollBar();
+    const QRect rect = visualRect(model()->index(row, 0));
+    const int height = viewport()->height();
+    int target = bar->value();
+    if (anchor == Anchor::centre) {
+        target += rect.center().y() - height / 2;
+    } else if (rect.top() < 0) {
+        target += rect.top() - (row == 0 ? top_ : 0);
+    } else if (rect.bottom() >= height) {
+        target += rect.bottom() - height + 1;
+    }
+    target = std::clamp(target, bar->minimum(), bar->maximum());
+    scrolling_.stop();
+    if (target == bar->value()) {
+        return;
+    }
+    scrolling_.setDuration(static_cast<int>(duration.count()));
+    scrolling_.setStartValue(bar->value());
+    scrolling_.setEndValue(target);
+    scrolling_.start();
+}
+
+int PaddedListView::verticalOffset() const {
+    return QListView::verticalOffset() - top_;
+}
+
+void PaddedListView::updateGeometries() {
+    QListView::updateGeometries();
+    if (model() == nullptr || model()->rowCount() == 0) {
+        return;
+    }
+    const int rowHeight = sizeHintForIndex(model()->index(0, 0)).height();
+    const int content = model()->rowCount() * rowHeight + top_ + bottom_;
+    verticalScrollBar()->setRange(0, std::max(0, content - viewport()->height()));
+}
+
+void PaddedListView::scrollContentsBy(int dx, int dy) {
+    QListView::scrollContentsBy(dx, dy);
+    if (hoveredRow_ >= 0 || viewport()->underMouse()) {
+        setHoveredRow(rowAt(viewport()->mapFromGlobal(QCursor::pos())));
+    }
+}
+
+int PaddedListView::rowAt(const QPoint& place) const {
+    return viewport()->rect().contains(place) ? indexAt(place).row() : -1;
+}
+
+void PaddedListView::setHoveredRow(int row) {
+    if (row != hoveredRow_) {
+        updateRow(hoveredRow_);
+        hoveredRow_ = row;
+        updateRow(hoveredRow_);
+    }
+}
+
+void PaddedListView::mouseMoveEvent(QMouseEvent* event) {
+    const int row = rowAt(event->position().toPoint());
+    setHoveredRow(row);
+    pointerMoved(row, event->position().toPoint());
+}
+
+void PaddedListView::mousePressEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) {
+        return;
+    }
+    pressedRow_ = rowAt(event->position().toPoint());
+    if (pressedRow_ >= 0) {
+        rowPressed(pressedRow_, event->position().toPoint(), event->modifiers());
+    }
+}
+
+void PaddedListView::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() != Qt::LeftButton) {
+        return;
+    }
+    const int row = rowAt(event->position().toPoint());
+    const int pressed = std::exchange(pressedRow_, -1);
+    if (row >= 0 && row == pressed) {
+        rowClicked(row, event->position().toPoint(), event->modifiers());
+    }
+}
+
+void PaddedListView::mouseDoubleClickEvent(QMouseEvent* event) {
+    const int row = rowAt(event->position().toPoint());
+    if (event->button() == Qt::LeftButton && row >= 0) {
+        pressedRow_ = row;
+        rowDoubleClicked(row, event->position().toPoint(), event->modifiers());
+    }
+}
+
+bool PaddedListView::viewportEvent(QEvent* event) {
+    if (event->type() == QEvent::Leave) {
+        setHoveredRow(-1);
+        pointerMoved(-1, {});
+    }
+    return QListView::viewportEvent(event);
+}
+
+// Only what shows the focus is repainted: the base class moves the current row on its own.
+void PaddedListView::focusInEvent(QFocusEvent* event) {
+    QAbstractScrollArea::focusInEvent(event);
+    viewport()->update();
+}
+
+void PaddedListView::focusOutEvent(QFocusEvent* event) {
+    QAbstractScrollArea::focusOutEvent(event);
+    viewport()->update();
+}
+
+void PaddedListView::rowPressed(int, const QPoint&, Qt::KeyboardModifiers) {}
+
+void PaddedListView::rowClicked(int, const QPoint&, Qt::KeyboardModifiers) {}
+
+void PaddedListView::rowDoubleClicked(int, const QPoint&, Qt::KeyboardModifiers) {}
+
+void PaddedListView::pointerMoved(int, const QPoint&) {}
+
+}  // namespace halvenor

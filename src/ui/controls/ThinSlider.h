@@ -1,0 +1,64 @@
+#pragma once
+
+#include <QWidget>
+
+#include <functional>
+
+#include "ui/controls/ThinSliderGeometry.h"
+
+namespace halvenor {
+
+/// A slider of a thin bar and a small knob. A press takes the knob to the pointer and a drag takes
+/// it along; every step of either is reported.
+///
+/// The value belongs to somebody else: the user's wish goes out through onValueWished, and the knob
+/// stands where setValue says. Setting a value repaints only if the knob moves by a device pixel,
+/// and then only where it was and is.
+class ThinSlider : public QWidget {
+  public:
+    ThinSlider(const QString& accessibleName, QWidget* parent);
+
+    std::function<void(double)> onValueWished;
+    /// What assistive technology reads out for the value, a time say. Optional.
+    std::function<QString(double)> describeValue;
+
+    void setRange(double lower, double upper);
+    void setValue(double value);
+    double value() const { return value_; }
+    double lower() const { return lower_; }
+    double upper() const { return upper_; }
+    /// The colour of the pane it lies on, which it paints itself.
+    void setSurface(const QColor& surface);
+    /// The arrow keys' step, in units of the range.
+    void setStep(double step) { step_ = step; }
+    /// Wishes for another value, as keys and assistive technology do.
+    void wish(double value);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void enterEvent(QEnterEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+
+  private:
+    ThinSliderGeometry geometryNow() const;
+    double knobCentre() const;
+    int knobDevicePixel() const;
+    void updateKnob(double oldCentre);
+
+    double lower_ = 0;
+    double upper_ = 1;
+    double value_ = 0;
+    double step_ = 0.05;
+    double paintedCentre_ = 0;
+    int paintedDevicePixel_ = -1;
+    QColor surface_;
+    bool isHovering_ = false;
+    bool isDragging_ = false;
+};
+
+}  // namespace halvenor

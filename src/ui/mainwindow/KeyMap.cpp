@@ -1,0 +1,41 @@
+#include "ui/mainwindow/KeyMap.h"
+
+#include <algorithm>
+#include <array>
+
+namespace halvenor {
+
+namespace {
+
+struct Binding {
+    quint32 evdevCode;
+    int key;
+    WindowAction action;
+};
+
+constexpr quint32 scanCodeOffset = 8;
+
+constexpr std::array bindings = {
+    Binding{35, Qt::Key_H, WindowAction::toggleHistory},
+    Binding{34, Qt::Key_G, WindowAction::revealPlayingFile},
+    Binding{51, Qt::Key_Comma, WindowAction::playPrevious},
+    Binding{50, Qt::Key_M, WindowAction::toggleMute},
+    Binding{52, Qt::Key_Period, WindowAction::playNext},
+    Binding{57, Qt::Key_Space, WindowAction::togglePlayPause},
+};
+
+}  // namespace
+
+std::optional<WindowAction> windowAction(quint32 nativeScanCode, int key,
+                                         Qt::KeyboardModifiers modifiers) {
+    if ((modifiers & (Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier)) != 0) {
+        return std::nullopt;
+    }
+    const auto* found = std::ranges::find_if(bindings, [&](const Binding& binding) {
+        return nativeScanCode != 0 ? binding.evdevCode + scanCodeOffset == nativeScanCode
+                                   : binding.key == key;
+    });
+    return found != bindings.end() ? std::optional(found->action) : std::nullopt;
+}
+
+}  // namespace halvenor

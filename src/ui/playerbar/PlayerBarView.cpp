@@ -1,0 +1,279 @@
+#include "ui/playerbar/PlayerBarView.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QMenu>
+#include <QPainter>
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/desktop/FileManager.h"
+#include "state/AppState.h"
+#include "ui/controls/IconButton.h"
+#include "ui/controls/ThinSlider.h"
+#include "ui/controls/TimeFormat.h"
+#include "ui/playerbar/TimeLabel.h"
+#include "ui/playerbar/TrackSummaryView.h"
+#include "ui/theme/HalvenorTheme.h"
+
+namespace halvenor {
+
+namespace {
+constexpr int edge = 15;
+constexpr int stripHeight = 50;
+constexpr double leftShare = 1 / 3.7;
+constexpr int timelineHeight = 28;
+constexpr int timelineRowLeast = 170;
+constexpr int volumeWidth = 65;
+constexpr int volumeHeight = 16;
+constexpr double smallSymbol = 13;
+constexpr double playSymbol = 26;
+constexpr double seekStep = 5;  // seconds
+}  // namespace
+
+PlayerBarView::PlayerBarView(AppState& state, QWidget* parent)
+    : QWidget(parent), state_(state), summary_(new TrackSummaryView(this)) {
+    AudioEngineManager& engine = state_.audioEngine();
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setAccessibleName(QStringLiteral("Player"));
+    summary_->onArtworkClicked = [this] { state_.revealPlayingTrackFolder(); };
+    summary_->onTextClicked = [this] { copyTrackInfo(); };
+
+    previous_ = makeButton(QStringLiteral("backward.end.fill"), smallSymbol,
+                           QStringLiteral("Previous (,)"), [this] { state_.playPrevious(); });
+    play_ = makeButton(QStringLiteral("play.circle.fill"), playSymbol, QStringLiteral("Play"),
+                       [&engine] { engine.togglePlayPause(); });
+    next_ = makeButton(QStringLiteral("forward.end.fill"), smallSymbol, QStringLiteral("Next (.)"),
+                       [this] { state_.playNext(); });
+    elapsed_ = new TimeLabel(QStringLiteral("Elapsed Time"), Qt::AlignRight, this);
+    timeline_ = new ThinSlider(QStringLiteral("Position"), this);
+    total_ = new TimeLabel(QStringLiteral("Duration"), Qt::AlignLeft, this);
+    shuffle_ = makeButton(QStringLiteral("shuffle"), smallSymbol, QStringLiteral("Shuffle"),
+                          [this] { state_.toggleShuffle(); });
+    repeat_ = makeButton(QStringLiteral("repeat"), smallSymbol, QStringLiteral("Repeat Off"),
+                         [this] { state_.cycleRepeatMode(); });
+    mute_ = makeButton(QStringLiteral("speaker.wave.2.fill"), smallSymbol,
+                       QStringLiteral("Toggle mute (m)"), [&engine] { engine.toggleMute(); });
+    volume_ = new ThinSlider(QStringLiteral("Volume"), this);
+    history_ = makeButton(QStringLiteral("list.bullet"), smallSymbol, QStringLiteral("History (h)"),
+                          [this] {
+                              if (onHistoryToggled) {
+                                  onHistoryToggled();
+                              }
+                          });
+    menu_ = makeButton(QStringLiteral("ellipsis"), smallSymbol, QStringLiteral("More"),
+                       [this] { showMenu(); });
+    wireSliders();
+    applySurface();
+    subscribe();
+    refreshTrack();
+    refreshDuration();
+    refreshTransport();
+    refreshModes();
+    refreshVolume();
+}
+
+IconButton* PlayerBarView::makeButton(const QString& symbol, double size, const QString& name,
+                                      std::function<void()> action) {
+    auto* button = new IconButton(symbol, size, name, this);
+    connect(button, &QAbstractButton::clicked, this, std::move(action));
+    return button;
+}
+
+void PlayerBarView::wireSliders() {
+    AudioEngineManager& engine = state_.audioEngine();
+    timeline_->setStep(seekStep);
+    timeline_->describeValue = [](double seconds) { return formatTime(seconds); };
+    timeline_->onValueWished = [this, &engine](double seconds) {
+        engine.seek(seconds);
+        refreshTime();
+    };
+    volume_->describeValue = [](double volume) {
+        return QStringLiteral("%1%").arg(std::lround(volume * 100));
+    };
+    volume_->onValueWished = [&engine](double volume) {
+        engine.setVolume(static_cast<float>(volume));
+    };
+}
+
+void PlayerBarView::subscribe() {
+    AudioEngineManager& engine = state_.audioEngine();
+    const auto track = [this](const auto&) { refreshTrack(); };
+    const auto modes = [this](const auto&) { refreshModes(); };
+    const auto volume = [this](const auto&) { refreshVolume(); };
+    subscriptions_.push_back(engine.currentTime.subscribe([this](double) {
+        if (canBeSeen()) {
+            refreshTime();
+        }
+    }));
+    subscriptions_.push_back(engine.duration.subscribe([this](double) { refreshDuration(); }));
+    subscriptions_.push_back(engine.currentTrack.subscribe(track));
+    subscriptions_.push_back(state_.selectedTrack.subscribe(track));
+    subscriptions_.push_back(engine.isPlaying.subscribe([this](bool) { refreshTransport(); }));
+    subscriptions_.push_back(state_.isShuffleEnabled.subscribe(modes));
+    subscriptions_.push_back(state_.repeatMode.subscribe(modes));
+    subscriptions_.push_back(engine.volume.subscribe(volume));
+    subscriptions_.push_back(engine.isMuted.subscribe(volume));
+}
+
+bool PlayerBarView::canBeSeen() const {
+    return isVisible() && !window()->isMinimized();
+}
+
+// The engine keeps the record that was loaded; the selected one gets the tags that were read since.
+std::optional<Track> PlayerBarView::shownTrack() const {
+    const auto& current = *state_.audioEngine().currentTrack;
+    const auto& selected = *state_.selectedTrack;
+    return current && selected && selected->id() == current->id() ? selected : current;
+}
+
+void PlayerBarView::refreshTrack() {
+    const auto track = shownTrack();
+    summary_->setTrack(track);
+    menu_->setVisible(track.has_value());
+    if (!menu_->isVisible()) {
+        layOut();
+    }
+}
+
+void PlayerBarView::refreshDuration() {
+    const double duration = *state_.audioEngine().duration;
+    timeline_->setRange(0, std::max(duration, 1.0));
+    total_->setSeconds(duration);
+    refreshTime();
+    layOut();
+}
+
+void PlayerBarView::refreshTime() {
+    const double now = *state_.audioEngine().currentTime;
+    timeline_->setValue(now);
+    const QSize before = elapsed_->sizeHint();
+    elapsed_->setSeconds(now);
+    if (elapsed_->sizeHint() != before) {
+        layOut();
+    }
+}
+
+void PlayerBarView::refreshTransport() {
+    const bool isPlaying = *state_.audioEngine().isPlaying;
+    play_->setSymbol(isPlaying ? QStringLiteral("pause.circle.fill")
+                               : QStringLiteral("play.circle.fill"));
+    play_->setHelp(isPlaying ? QStringLiteral("Pause (Space)") : QStringLiteral("Play (Space)"));
+}
+
+void PlayerBarView::refreshModes() {
+    const RepeatMode mode = *state_.repeatMode;
+    shuffle_->setActive(*state_.isShuffleEnabled);
+    shuffle_->setAccessibleDescription(*state_.isShuffleEnabled ? QStringLiteral("on")
+                                                                : QStringLiteral("off"));
+    repeat_->setSymbol(iconName(mode));
+    repeat_->setHelp(helpText(mode));
+    repeat_->setActive(mode != RepeatMode::off);
+}
+
+void PlayerBarView::refreshVolume() {
+    const AudioEngineManager& engine = state_.audioEngine();
+    volume_->setValue(static_cast<double>(*engine.volume));
+    mute_->setSymbol(*engine.isMuted ? QStringLiteral("speaker.slash.fill")
+                                     : QStringLiteral("speaker.wave.2.fill"));
+}
+
+void PlayerBarView::setHistoryShown(bool isShown) {
+    history_->setActive(isShown);
+}
+
+void PlayerBarView::copyTrackInfo() const {
+    if (const auto track = shownTrack()) {
+        QGuiApplication::clipboard()->setText(track->artist() + QStringLiteral(" - ") +
+                                              track->title());
+    }
+}
+
+void PlayerBarView::showMenu() {
+    auto* menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addAction(QStringLiteral("Show in Finder"), this, [this] {
+        if (const auto& track = *state_.audioEngine().currentTrack) {
+            revealInFileManager(track->url());
+        }
+    });
+    const QPoint corner = menu_->mapToGlobal(menu_->rect().topRight());
+    const QSize size = menu->sizeHint();
+    menu->popup(corner - QPoint(size.width(), size.height() + 4));
+}
+
+// ---- Layout and painting
+// -------------------------------------------------------------------------
+
+void PlayerBarView::layOut() {
+    const int top = (height() - stripHeight) / 2;
+    const auto place = [this, top](QWidget* widget, int left, const QSize& size) {
+        const QRect rect(left, top + (stripHeight - size.height()) / 2, size.width(),
+                         size.height());
+        widget->setGeometry(QStyle::visualRect(layoutDirection(), this->rect(), rect));
+        return left + size.width();
+    };
+    const int leftZone = static_cast<int>(std::lround(width() * leftShare));
+    place(summary_, edge, {leftZone - edge - 12, stripHeight});
+
+    int x = place(previous_, leftZone, previous_->sizeHint());
+    x = place(play_, x + 8, play_->sizeHint());
+    x = place(next_, x + 8, next_->sizeHint());
+    const int timelineLeft = x + 14;
+
+    // What stands at the end is placed from the end; the timeline takes what is left.
+    int end = width() - edge;
+    const auto placeBefore = [&](QWidget* widget, const QSize& size, int gap) {
+        end -= size.width();
+        place(widget, end, size);
+        end -= gap;
+    };
+    if (!menu_->isHidden()) {
+        placeBefore(menu_, menu_->sizeHint(), 2);
+    }
+    placeBefore(history_, history_->sizeHint(), 12);
+    placeBefore(volume_, {volumeWidth, volumeHeight}, 4);
+    placeBefore(mute_, mute_->sizeHint(), 12);
+    placeBefore(repeat_, repeat_->sizeHint(), 2);
+    placeBefore(shuffle_, shuffle_->sizeHint(), 14);
+
+    const int rowWidth = std::max(end - timelineLeft, timelineRowLeast);
+    const QSize elapsed = elapsed_->sizeHint();
+    const QSize total = total_->sizeHint();
+    const int sliderWidth = rowWidth - elapsed.width() - total.width() - 20;
+    x = place(elapsed_, timelineLeft, elapsed);
+    x = place(timeline_, x + 10, {sliderWidth, timelineHeight});
+    place(total_, x + 10, total);
+}
+
+void PlayerBarView::resizeEvent(QResizeEvent*) {
+    layOut();
+}
+
+void PlayerBarView::showEvent(QShowEvent*) {
+    refreshTime();
+}
+
+void PlayerBarView::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(rect(), HalvenorTheme::pane(HalvenorTheme::windowPlaybarSurface()));
+    painter.fillRect(QRect(0, 0, width(), 1), HalvenorTheme::hairline());
+}
+
+void PlayerBarView::applySurface() {
+    const QColor surface = HalvenorTheme::pane(HalvenorTheme::windowPlaybarSurface());
+    timeline_->setSurface(surface);
+    volume_->setSurface(surface);
+    elapsed_->setSurface(surface);
+    total_->setSurface(surface);
+}
+
+void PlayerBarView::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ApplicationPaletteChange) {
+        applySurface();
+    }
+}
+
+}  // namespace halvenor

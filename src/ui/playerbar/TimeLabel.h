@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QWidget>
+
+namespace halvenor {
+
+/// A time in the player bar. It repaints only when its digits change.
+class TimeLabel : public QWidget {
+  public:
+    /// @param alignment towards the timeline that it stands beside
+    TimeLabel(const QString& accessibleName, Qt::Alignment alignment, QWidget* parent);
+
+    void setSeconds(double seconds);
+    const QString& text() const { return text_; }
+    void setSurface(const QColor& surface);
+    QSize sizeHint() const override;
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+
+  private:
+    QString name_;
+    QString text_;
+    Qt::Alignment alignment_;
+    QColor surface_;
+};
+
+}  // namespace halvenor

@@ -1,0 +1,237 @@
+#include "ui/theme/ApplicationStyle.h"
+
+#include <QPainter>
+#include <QStyleOption>
+#include <QWidget>
+
+#include <algorithm>
+
+#include "ui/theme/HalvenorTheme.h"
+
+namespace halvenor {
+
+namespace {
+
+constexpr int menuRowHeight = 28;
+constexpr int menuSidePadding = 14;
+constexpr int menuIconColumn = 26;
+constexpr int scrollBarExtent = 10;
+
+QColor menuSurface() {
+    return HalvenorTheme::isLight()
+               ? QColor(250, 250, 250)
+               : HalvenorTheme::blend(QColor(255, 255, 255, 16), HalvenorTheme::windowBackdrop());
+}
+
+void drawPlate(QPainter& painter, const QRectF& rect, double radius, const QColor& fill,
+               const QColor& border) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(fill);
+    painter.setPen(border);
+    painter.drawRoundedRect(rect.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    painter.restore();
+}
+
+void drawMenuItem(QPainter& painter, const QStyleOptionMenuItem& item) {
+    const QRect rect = item.rect;
+    if (item.menuItemType == QStyleOptionMenuItem::Separator) {
+        painter.fillRect(rect.left() + menuSidePadding, rect.center().y(),
+                         rect.width() - 2 * menuSidePadding, 1, HalvenorTheme::hairline());
+        return;
+    }
+    const bool isEnabled = (item.state & QStyle::State_Enabled) != 0;
+    const bool isSelected = isEnabled && (item.state & QStyle::State_Selected) != 0;
+    if (isSelected) {
+        painter.save();
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(HalvenorTheme::accent());
+        painter.drawRoundedRect(QRectF(rect).adjusted(4, 1, -4, -1), 5, 5);
+        painter.restore();
+    }
+    QColor ink = HalvenorTheme::isLight() ? QColor(20, 20, 20) : QColor(222, 222, 222);
+    if (isSelected) {
+        ink = Qt::white;
+    } else if (!isEnabled) {
+        ink.setAlphaF(0.35F);
+    }
+    const bool isMirrored = item.direction == Qt::RightToLeft;
+    QRect textRect = rect.adjusted(menuSidePadding, 0, -menuSidePadding, 0);
+    if (item.maxIconWidth > 0) {
+        const QRect iconRect(rect.left() + menuSidePadding - 2, rect.top(), 20, rect.height());
+        item.icon.paint(&painter, QStyle::visualRect(item.direction, rect, iconRect),
+                        Qt::AlignCenter, isEnabled ? QIcon::Normal : QIcon::Disabled);
+        textRect.setLeft(rect.left() + menuSidePadding + menuIconColumn);
+    }
+    painter.setPen(ink);
+    painter.setFont(item.font);
+    painter.drawText(QStyle::visualRect(item.direction, rect, textRect),
+                     Qt::AlignVCenter | Qt::TextSingleLine | Qt::TextHideMnemonic |
+                         (isMirrored ? Qt::AlignRight : Qt::AlignLeft),
+                     item.text.section(QLatin1Char('\t'), 0, 0));
+}
+
+void drawScrollBar(QPainter& painter, const QStyleOptionSlider& bar, QRect handle,
+                   const QColor& surface) {
+    painter.fillRect(bar.rect, surface);
+    if (bar.minimum >= bar.maximum) {
+        return;
+    }
+    const bool isLit = (bar.state & (QStyle::State_MouseOver | QStyle::State_Sunken)) != 0;
+    const int inset = isLit ? 2 : 3;
+    handle = bar.orientation == Qt::Vertical ? handle.adjusted(inset, 2, -inset, -2)
+                                             : handle.adjusted(2, inset, -2, -inset);
+    QColor fill = HalvenorTheme::hoverTint();
+    fill.setAlphaF(isLit ? 0.32F : 0.16F);
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(fill);
+    const double radius = std::min(handle.width(), handle.height()) / 2.0;
+    painter.drawRoundedRect(QRectF(handle), radius, radius);
+    painter.restore();
+}
+
+}  // namespace
+
+ApplicationStyle::ApplicationStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
+
+void ApplicationStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
+                                     QPainter* painter, const QWidget* widget) const {
+    switch (element) {
+        case PE_PanelMenu:
+            painter->fillRect(option->rect, menuSurface());
+            return;
+        case PE_FrameMenu:
+            painter->setPen(HalvenorTheme::hairline());
+            painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+            return;
+        case PE_PanelTipLabel:
+            painter->fillRect(option->rect, menuSurface());
+            painter->setPen(HalvenorTheme::hairline());
+            painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+            return;
+        case PE_PanelLineEdit: {
+            QColor fill = HalvenorTheme::hoverTint();
+            fill.setAlphaF(0.06F);
+            const bool hasFocus = (option->state & State_HasFocus) != 0;
+            drawPlate(*painter, QRectF(option->rect), 6, fill,
+                      hasFocus ? HalvenorTheme::focusRing() : HalvenorTheme::hairline());
+            return;
+        }
+        case PE_FrameLineEdit:
+            return;
+        default:
+            QProxyStyle::drawPrimitive(element, option, painter, widget);
+    }
+}
+
+void ApplicationStyle::drawControl(ControlElement element, const QStyleOption* option,
+                                   QPainter* painter, const QWidget* widget) const {
+    const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+    if (element == CE_MenuItem && item != nullptr &&
+        item->menuItemType != QStyleOptionMenuItem::SubMenu) {
+        drawMenuItem(*painter, *item);
+        return;
+    }
+    if (element == CE_MenuEmptyArea) {
+        return;
+    }
+    QProxyStyle::drawControl(element, option, painter, widget);
+}
+
+void ApplicationStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
+                                          QPainter* painter, const QWidget* widget) const {
+    const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
+    if (control == CC_ScrollBar && bar != nullptr) {
+        drawScrollBar(*painter, *bar, subControlRect(control, option, SC_ScrollBarSlider, widget),
+                      option->palette.color(QPalette::Base));
+        return;
+    }
+    QProxyStyle::drawComplexControl(control, option, painter, widget);
+}
+
+QRect ApplicationStyle::subControlRect(ComplexControl control, const QStyleOptionComplex* option,
+                                       SubControl subControl, const QWidget* widget) const {
+    const auto* bar = qstyleoption_cast<const QStyleOptionSlider*>(option);
+    if (control != CC_ScrollBar || bar == nullptr) {
+        return QProxyStyle::subControlRect(control, option, subControl, widget);
+    }
+    const bool isVertical = bar->orientation == Qt::Vertical;
+    const int length = isVertical ? bar->rect.height() : bar->rect.width();
+    const qint64 range = qint64{bar->maximum} - bar->minimum;
+    int handle = length;
+    if (range > 0) {
+        handle = static_cast<int>(qint64{bar->pageStep} * length / (range + bar->pageStep));
+        handle = std::clamp(handle, std::min(32, length), length);
+    }
+    const int start = sliderPositionFromValue(bar->minimum, bar->maximum, bar->sliderPosition,
+                                              length - handle, bar->upsideDown);
+    const auto part = [&](int from, int to) {
+        const QRect along = isVertical ? QRect(0, from, bar->rect.width(), to - from)
+                                       : QRect(from, 0, to - from, bar->rect.height());
+        return visualRect(bar->direction, bar->rect, along.translated(bar->rect.topLeft()));
+    };
+    switch (subControl) {
+        case SC_ScrollBarSlider:
+            return part(start, start + handle);
+        case SC_ScrollBarSubPage:
+            return part(0, start);
+        case SC_ScrollBarAddPage:
+            return part(start + handle, length);
+        case SC_ScrollBarGroove:
+            return bar->rect;
+        default:
+            return {};
+    }
+}
+
+QSize ApplicationStyle::sizeFromContents(ContentsType type, const QStyleOption* option,
+                                         const QSize& size, const QWidget* widget) const {
+    const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+    if (type != CT_MenuItem || item == nullptr) {
+        return QProxyStyle::sizeFromContents(type, option, size, widget);
+    }
+    if (item->menuItemType == QStyleOptionMenuItem::Separator) {
+        return {size.width(), 9};
+    }
+    const int textWidth =
+        QFontMetrics(item->font).horizontalAdvance(item->text.section(QLatin1Char('\t'), 0, 0));
+    const int icon = item->maxIconWidth > 0 ? menuIconColumn : 0;
+    return {std::max(textWidth + icon + 2 * menuSidePadding + 12, 140), menuRowHeight};
+}
+
+int ApplicationStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
+                                  const QWidget* widget) const {
+    switch (metric) {
+        case PM_ScrollBarExtent:
+            return scrollBarExtent;
+        case PM_ScrollBarSliderMin:
+            return 32;
+        case PM_MenuVMargin:
+            return 4;
+        case PM_MenuHMargin:
+            return 0;
+        case PM_MenuPanelWidth:
+            return 1;
+        default:
+            return QProxyStyle::pixelMetric(metric, option, widget);
+    }
+}
+
+int ApplicationStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                                QStyleHintReturn* data) const {
+    switch (hint) {
+        case SH_ScrollBar_LeftClickAbsolutePosition:
+            return 1;
+        case SH_ToolTip_WakeUpDelay:
+            return 600;
+        case SH_ItemView_ScrollMode:
+            return 1;
+        default:
+            return QProxyStyle::styleHint(hint, option, widget, data);
+    }
+}
+
+}  // namespace halvenor
