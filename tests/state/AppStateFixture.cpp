@@ -1,5 +1,6 @@
 #include "AppStateFixture.h"
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QtEndian>
 
@@ -80,19 +81,18 @@ void AppStateFixture::addLocation(const QByteArray& relative) {
     ASSERT_TRUE(spinUntil([&] { return state().isFolderLoaded(item(relative)); }));
 }
 
-bool AppStateFixture::playUntil(const std::function<bool()>& condition) {
-    return spinUntil([&] {
-        output_->play(256);
-        return condition();
-    });
-}
-
 void AppStateFixture::playTrackToItsEnd() {
     int changes = 0;
     const Subscription tracks = engine().currentTrack.subscribe([&](const auto&) { ++changes; });
-    ASSERT_TRUE(playUntil([&] { return changes > 0 || !*engine().isPlaying; }));
-    // What AppState does about it runs in later turns of the loop.
-    spinFor(std::chrono::milliseconds(5));
+    // One step at a time: what a step ends is known before the next is taken.
+    ASSERT_TRUE(spinUntil([&] {
+        engine().waitUntilIdle();
+        output_->play(256);
+        engine().waitUntilIdle();
+        QCoreApplication::processEvents();
+        return changes > 0 || !*engine().isPlaying;
+    }));
+    QCoreApplication::processEvents();
 }
 
 Settings AppStateFixture::storedSettings() {

@@ -33,8 +33,6 @@ class AppStateFixture : public testing::Test {
     /// Adds the Location and waits until it is listed.
     void addLocation(const QByteArray& relative);
 
-    /// Plays what the node has until `condition` holds.
-    bool playUntil(const std::function<bool()>& condition);
     /// Plays to the end of the current track, and on into the next or to the end of all.
     void playTrackToItsEnd();
 

@@ -38,7 +38,7 @@ TEST_P(Batches, arePublishedEightAtATimeInListingOrder) {
         EXPECT_GT(tracks[read - 1].duration(), 0);
     });
     addLocation("m");
-    openAndRead("m");
+    ASSERT_TRUE(spinUntil([&] { return !state().metadataLoadingFolderID->has_value(); }));
     EXPECT_EQ(published, expected);
     EXPECT_EQ(readTracks(state().folderTracks->value(folder("m").path())), count);
 }

@@ -82,7 +82,7 @@ INSTANTIATE_TEST_SUITE_P(
              1,
              {{"next", "3", "1"}, {"next", "1", "2"}, {"previous", "3", "1"}, {"end", "1", "2"}}},
         Walk{"endOfList", RepeatMode::off, 1, {{"end", "3", "none"}, {"next", "3", "none"}}}),
-    [](const auto& info) { return info.param.name; });
+    [](const auto& one) { return one.param.name; });
 
 TEST_F(QueueTest, aSingleTrackRepeatsGaplesslyAndIgnoresShuffle) {
     makeFolder("one", {"x.wav"});

@@ -57,7 +57,7 @@ INSTANTIATE_TEST_SUITE_P(
                   AppTheme::systemLight, systemLight},
         ThemeCase{"unknownWordStaysUntilAChange", QStringLiteral("Solar"), false,
                   SystemAppearance::dark, AppTheme::halvenorDark, QStringLiteral("Solar")}),
-    [](const auto& info) { return info.param.name; });
+    [](const auto& one) { return one.param.name; });
 
 TEST_F(StartTest, themeFollowsTheSystemOnlyWhileAsked) {
     state().followOSTheme = false;
@@ -85,6 +85,7 @@ TEST_F(StartTest, positionIsRememberedWithATrackOnly) {
     ASSERT_TRUE(spinUntil([&] {
         return state().settings().path("PlayerLastTrackPath") == folder("m/1.wav").path();
     }));
+    engine().pause();
     engine().currentTime = 9;
     // The first value after a quiet second passes at once, the latest of those that follow later.
     EXPECT_TRUE(spinUntil([&] { return state().settings().number("PlayerLastPosition") == 9; }));
