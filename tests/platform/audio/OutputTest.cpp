@@ -1,5 +1,6 @@
 // The real outputs in real time: the sound server's, with a private server whose sink is recorded,
 // and the silent one.
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QThread>
@@ -204,6 +205,49 @@ TEST(SystemOutput, GoesOnWhereItWasWhenTheServerComesBack) {
     EXPECT_EQ(result.repeated + result.excess + result.gaps, 0) << result.text();
     EXPECT_EQ(result.matched + result.lost, file->frames() - lost) << result.text();
     EXPECT_LT(result.lost, 44100);
+}
+
+TEST(SystemOutput, JoinsAFileThatComesInTheLastMoment) {
+    SoundServer server;
+    const auto first = makeNoise(cd, 44100, 1);
+    const auto second = makeNoise(cd, 15001, 2);
+    SoundRecorder recorder(server);
+    Player player;
+    player.schedule(first);
+    player.start();
+    // By now the silence that follows a last file is in the server's buffer.
+    ASSERT_TRUE(player.waitForFrame(44100 * 82 / 100));
+    player.schedule(second);
+    ASSERT_TRUE(player.waitForEnd());
+    const Comparison result = compare(concatenation({first, second}), recorder.finish(), 2);
+    EXPECT_TRUE(result.isExact(59101)) << result.text();
+}
+
+TEST(SystemOutput, TellsWhenTheServerComesBackInAnotherFormat) {
+    SoundServer server;
+    const auto file = makeNoise(cd, 44100 * 10, 1);
+    Player player;
+    bool isChanged = false;
+    player.engine.onConfigurationChange = [&] { isChanged = true; };
+    player.schedule(file);
+    player.start();
+    ASSERT_TRUE(player.waitForFrame(10000));
+    server.kill();
+    server.start({48000, 2});
+    QElapsedTimer timer;
+    timer.start();
+    while (!isChanged && timer.elapsed() < 5000) {
+        QThread::msleep(5);
+        QCoreApplication::processEvents();
+    }
+    ASSERT_TRUE(isChanged);
+    const double seconds = static_cast<double>(*player.node.sampleTime()) / 44100;
+    player.engine.stop();
+    player.engine.start();
+    EXPECT_EQ(player.node.outputSampleRate(), 48000);
+    player.node.play();
+    EXPECT_NEAR(static_cast<double>(*player.node.sampleTime()) / 48000, seconds, 0.1);
+    EXPECT_TRUE(player.waitForFrame(*player.node.sampleTime() + 5000)) << "it goes on";
 }
 
 TEST(SystemOutput, TellsThePositionThatIsHeard) {

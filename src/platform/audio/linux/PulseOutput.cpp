@@ -25,6 +25,9 @@ constexpr int64_t bufferMilliseconds = 2 * requestMilliseconds + deviceMilliseco
 constexpr milliseconds openingTimeout(2000);
 /// The stream is corked when nothing was heard for so long.
 constexpr milliseconds idleAfter(2000);
+/// When no more than this is left and nothing follows, so much silence is put behind it. More than
+/// the portions of any server.
+constexpr int64_t paddingMilliseconds = 250;
 /// The server is asked again so soon while it does not tell that it plays.
 constexpr milliseconds timingRetry(100);
 /// While the volume is being dragged, buffers are written again at most so often.
@@ -221,6 +224,7 @@ void PulseOutput::lost() {
 }
 
 void PulseOutput::dropStream() {
+    forgetPadding();
     silenceTimer_.stop();
     timingTimer_.stop();
     rerenderTimer_.stop();
@@ -247,6 +251,7 @@ void PulseOutput::setSource(std::shared_ptr<RenderSource> source) {
     isIdle_ = false;
     isRerenderWanted_ = false;
     framesRead_.reset();
+    forgetPadding();
     if (isStreamReady()) {
         flush();
         updateCork();
@@ -302,11 +307,12 @@ void PulseOutput::updateCork() {
         clock_.stand(steady_clock::now());
         timingTimer_.stop();
         silenceTimer_.stop();
+        paddingTimer_.stop();
         release(pa_stream_cork(stream_, 1, nullptr, nullptr));
     } else {
         release(pa_stream_cork(stream_, 0, nullptr, nullptr));
         askForTiming();
-        checkForSilence();
+        prepareForTheEnd();
     }
 }
 
@@ -336,12 +342,21 @@ void PulseOutput::fill() {
         isIdle_ = false;
         updateCork();
     }
-    checkForSilence();
+    prepareForTheEnd();
 }
 
 /// Renders up to `frames` frames into the server's memory.
 /// @param takenBack how many frames before the end of what was written the first one belongs
 int64_t PulseOutput::write(int64_t frames, int64_t takenBack) {
+    // Silence that the server has not come to yet gives way to frames.
+    int64_t back = takenBack;
+    if (padding_ > 0) {
+        const int64_t reach = framesReadAt(steady_clock::now()) + deviceFrames_ +
+                              rerenderSafetyMilliseconds * format_.sampleRate / 1000;
+        if (takenBack > 0 || reach < paddedAt_) {
+            back += padding_;
+        }
+    }
     int64_t written = 0;
     while (written < frames) {
         void* memory = nullptr;
@@ -355,7 +370,10 @@ int64_t PulseOutput::write(int64_t frames, int64_t takenBack) {
             pa_stream_cancel_write(stream_);
             break;
         }
-        const int64_t offset = written == 0 ? -takenBack * frameBytes() : 0;
+        const int64_t offset = written == 0 ? -back * frameBytes() : 0;
+        if (back > takenBack) {
+            forgetPadding();
+        }
         pa_stream_write(stream_, memory, static_cast<size_t>(got * frameBytes()), nullptr, offset,
                         PA_SEEK_RELATIVE);
         written += got;
@@ -374,21 +392,83 @@ int64_t PulseOutput::write(int64_t frames, int64_t takenBack) {
     return written;
 }
 
-/// Corks the stream some time after the last frame was heard.
-void PulseOutput::checkForSilence() {
-    if (!isDry_ || isCorked_ || silenceTimer_.isActive()) {
+/// While render() has nothing more: puts silence behind the last frames in time, and corks the
+/// stream some time after they were heard.
+void PulseOutput::prepareForTheEnd() {
+    if (!isDry_ || isCorked_) {
         return;
     }
-    const int64_t unheard = given_ - clock_.heard();
-    const auto delay = milliseconds(unheard * 1000 / format_.sampleRate) + idleAfter;
-    silenceTimer_.start(connection_->loop(), connection_->context(), delay, [this, given = given_] {
-        if (isDry_ && given == given_ && clock_.heard() >= given_) {
-            isIdle_ = true;
-            updateCork();
-        } else {
-            checkForSilence();
+    const Time now = steady_clock::now();
+    const auto timeOf = [&](int64_t frames) {
+        return milliseconds(frames * 1000 / format_.sampleRate);
+    };
+    if (padding_ == 0 && given_ > clock_.heard(now) && !paddingTimer_.isActive()) {
+        const auto left = timeOf(given_ - framesReadAt(now)) - milliseconds(paddingMilliseconds);
+        paddingTimer_.start(connection_->loop(), connection_->context(),
+                            std::max(left, milliseconds(0)), [this, given = given_] {
+                                if (given == given_) {
+                                    pad();
+                                } else {
+                                    prepareForTheEnd();
+                                }
+                            });
+    }
+    if (!silenceTimer_.isActive()) {
+        silenceTimer_.start(connection_->loop(), connection_->context(),
+                            timeOf(given_ - clock_.heard(now)) + idleAfter, [this, given = given_] {
+                                if (given == given_ && clock_.heard() >= given_) {
+                                    corkAfterSilence();
+                                } else {
+                                    prepareForTheEnd();
+                                }
+                            });
+    }
+}
+
+void PulseOutput::corkAfterSilence() {
+    if (isDry_) {
+        isIdle_ = true;
+        updateCork();
+    }
+}
+
+void PulseOutput::pad() {
+    int64_t missing = paddingMilliseconds * format_.sampleRate / 1000;
+    while (isDry_ && missing > 0) {
+        void* memory = nullptr;
+        size_t bytes = static_cast<size_t>(missing * frameBytes());
+        if (pa_stream_begin_write(stream_, &memory, &bytes) < 0) {
+            break;
         }
-    });
+        const int64_t frames = std::min(static_cast<int64_t>(bytes) / frameBytes(), missing);
+        std::memset(memory, 0, static_cast<size_t>(frames * frameBytes()));
+        pa_stream_write(stream_, memory, static_cast<size_t>(frames * frameBytes()), nullptr, 0,
+                        PA_SEEK_RELATIVE);
+        paddedAt_ = given_;
+        padding_ += frames;
+        missing -= frames;
+    }
+}
+
+void PulseOutput::forgetPadding() {
+    padding_ = 0;
+    paddedAt_ = 0;
+    paddingTimer_.stop();
+}
+
+/// Frames of the source among the first `written` frames, silence included, of the stream.
+int64_t PulseOutput::framesWithoutPadding(int64_t written) const {
+    return written <= paddedAt_ ? written : std::max(paddedAt_, written - padding_);
+}
+
+/// What the device has taken, if it takes frames evenly.
+int64_t PulseOutput::framesReadAt(Time now) const {
+    int64_t frames = framesRead_.value_or(0);
+    if (framesRead_ && clock_.isRunning()) {
+        const double seconds = std::chrono::duration<double>(now - readTime_).count();
+        frames += static_cast<int64_t>(seconds * format_.sampleRate);
+    }
+    return std::min(frames, given_);
 }
 
 void PulseOutput::rerender() {
@@ -418,12 +498,8 @@ void PulseOutput::rerenderNow() {
     int64_t from = 0;
     if (framesRead_) {
         // The device takes its buffer's worth at once, at any moment.
-        from =
-            *framesRead_ + deviceFrames_ + rerenderSafetyMilliseconds * format_.sampleRate / 1000;
-        if (clock_.isRunning()) {
-            const double seconds = std::chrono::duration<double>(now - readTime_).count();
-            from += static_cast<int64_t>(seconds * format_.sampleRate);
-        }
+        from = framesReadAt(now) + deviceFrames_ +
+               rerenderSafetyMilliseconds * format_.sampleRate / 1000;
     } else if (!isCorked_) {
         return;  // Just begun: timingArrived() comes back here.
     }
@@ -433,6 +509,7 @@ void PulseOutput::rerenderNow() {
     if (takenBack > 0) {
         given_ -= takenBack;
         write(takenBack, takenBack);
+        prepareForTheEnd();
     }
 }
 
@@ -460,13 +537,17 @@ void PulseOutput::timingArrived() {
     const auto frames = [&](pa_usec_t usec) {
         return static_cast<int64_t>(usec) * format_.sampleRate / 1'000'000;
     };
-    const int64_t queued = (info->write_index - info->read_index) / frameBytes();
-    framesRead_ = given_ - std::max<int64_t>(queued, 0);
+    const int64_t queued =
+        std::max<int64_t>((info->write_index - info->read_index) / frameBytes(), 0);
+    const int64_t read = given_ + padding_ - queued;
+    framesRead_ = framesWithoutPadding(read);
     readTime_ = now;
     deviceFrames_ = std::min<int64_t>(frames(info->sink_usec), format_.sampleRate / 5);
     if (!isCorked_) {
         if (info->playing) {
-            clock_.run(*framesRead_ - frames(info->sink_usec) + frames(info->transport_usec), now);
+            clock_.run(
+                framesWithoutPadding(read - frames(info->sink_usec) + frames(info->transport_usec)),
+                now);
         } else if (given_ > clock_.heard(now) && !isUnderrun_ && !timingTimer_.isActive()) {
             timingTimer_.start(connection_->loop(), connection_->context(), timingRetry,
                                [this] { askForTiming(); });

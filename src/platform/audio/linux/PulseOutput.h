@@ -20,6 +20,10 @@ namespace halvenor {
 /// writes the frames that the server has not passed on yet a second time, over the first ones. The
 /// stream stops at an underrun and goes on with the next frame, so no frame is ever dropped.
 ///
+/// PipeWire passes on whole portions of its own size and would keep the rest of the last one for
+/// ever. So silence is put behind the last frames when the end comes near, and what comes late
+/// after all is written over it.
+///
 /// How far the sound has come follows from what the server tells: frames written, less what its
 /// buffer and the device still hold. It is asked whenever it asks us, and after every change.
 ///
@@ -60,13 +64,18 @@ class PulseOutput final : public AudioOutput {
     int64_t write(int64_t frames, int64_t takenBack);
     void woken();
     void rerenderNow();
-    void checkForSilence();
+    void prepareForTheEnd();
+    void corkAfterSilence();
+    void pad();
+    void forgetPadding();
 
     // Standing still and position.
     void updateCork();
     void askForTiming();
     void timingArrived();
     void flush();
+    int64_t framesReadAt(Time now) const;
+    int64_t framesWithoutPadding(int64_t written) const;
 
     int64_t frameBytes() const { return int64_t{format_.channels} * int64_t{sizeof(float)}; }
 
@@ -98,6 +107,11 @@ class PulseOutput final : public AudioOutput {
     Time readTime_;
     int64_t deviceFrames_ = 0;
 
+    /// Frames of silence that stand in the server's buffer behind frame paddedAt_.
+    int64_t padding_ = 0;
+    int64_t paddedAt_ = 0;
+
+    PulseTimer paddingTimer_;
     PulseTimer silenceTimer_;
     PulseTimer timingTimer_;
     PulseTimer rerenderTimer_;
