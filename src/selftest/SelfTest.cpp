@@ -166,9 +166,13 @@ Task<> SelfTest::playFolder(QByteArray folderName) {
     AudioEngineManager& engine = state_.audioEngine();
     qsizetype tracksHeard = 0;
     qsizetype stops = 0;
+    bool wasPlaying = false;
     const Subscription tracksSeen =
         engine.currentTrack.subscribe([&](const auto&) { ++tracksHeard; });
-    const Subscription stopsSeen = engine.isPlaying.subscribe([&](bool on) { stops += !on; });
+    const Subscription stopsSeen = engine.isPlaying.subscribe([&](bool isPlaying) {
+        stops += wasPlaying && !isPlaying;
+        wasPlaying = isPlaying;
+    });
     QElapsedTimer clock;
     clock.start();
     state_.play(tracks.first());
