@@ -2,6 +2,7 @@
 
 #include <QIcon>
 #include <QPainter>
+#include <QStyle>
 #include <QTimer>
 
 #include <cmath>
@@ -55,7 +56,9 @@ MainWindow::MainWindow(AppState& state)
     divider_->onDragged = [this](double x) { dragDivider(x); };
     playerBar_->onHistoryToggled = [this] { toggleHistory(); };
     keyMonitor_->onAction = [this](WindowAction action) { perform(action); };
-    errorSheet_->onDismissed = [this] { state_.playbackErrorMessage = std::nullopt; };
+    errorSheet_->onDismissed = [this] {
+        state_.playbackErrorMessage.mutate([](auto& message) { message.reset(); });
+    };
     errors_ = state_.playbackErrorMessage.subscribe([this](const auto&) { showError(); });
     showError();
 }

@@ -3,6 +3,7 @@
 #include <QAbstractItemDelegate>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QStyle>
 
 #include <algorithm>
 

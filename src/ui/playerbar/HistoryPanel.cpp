@@ -1,6 +1,7 @@
 #include "ui/playerbar/HistoryPanel.h"
 
 #include <QPainter>
+#include <QStyle>
 
 #include "state/AppState.h"
 #include "ui/controls/ElidedText.h"

@@ -4,6 +4,7 @@
 #include <QGuiApplication>
 #include <QMenu>
 #include <QPainter>
+#include <QStyle>
 
 #include <algorithm>
 #include <cmath>

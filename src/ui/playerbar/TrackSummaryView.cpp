@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QPainter>
+#include <QStyle>
 
 #include "base/Published.h"
 #include "ui/controls/CoverCache.h"

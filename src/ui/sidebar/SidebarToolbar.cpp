@@ -3,6 +3,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPainter>
+#include <QStyle>
 
 #include "state/AppState.h"
 #include "ui/controls/IconButton.h"

@@ -1,8 +1,10 @@
 #include "ui/tracklist/AlbumHeaderView.h"
 
+#include <QAction>
 #include <QFontMetrics>
 #include <QMenu>
 #include <QPainter>
+#include <QStyle>
 
 #include "platform/desktop/FileManager.h"
 #include "state/AppState.h"
