@@ -79,22 +79,22 @@ void ThinSlider::setRange(double lower, double upper) {
     }
     lower_ = lower;
     upper_ = upper;
-    updateKnob(paintedCentre_);
+    updateKnob();
 }
 
 void ThinSlider::setValue(double value) {
     value_ = value;
-    updateKnob(paintedCentre_);
+    updateKnob();
 }
 
-void ThinSlider::updateKnob(double oldCentre) {
+void ThinSlider::updateKnob() {
     if (knobDevicePixel() == paintedDevicePixel_) {
         return;
     }
     const double reach = ThinSliderGeometry::knobDiameter / 2 + 2;
-    const auto [low, high] = std::minmax(oldCentre, knobCentre());
-    const int left = static_cast<int>(std::floor(low - reach));
-    const int right = static_cast<int>(std::ceil(high + reach));
+    const double centre = knobCentre();
+    const int left = static_cast<int>(std::floor(std::min(paintedCentre_, centre) - reach));
+    const int right = static_cast<int>(std::ceil(std::max(paintedCentre_, centre) + reach));
     update(left, 0, right - left, height());
 }
 

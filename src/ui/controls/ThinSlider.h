@@ -48,7 +48,7 @@ class ThinSlider : public QWidget {
     ThinSliderGeometry geometryNow() const;
     double knobCentre() const;
     int knobDevicePixel() const;
-    void updateKnob(double oldCentre);
+    void updateKnob();
 
     double lower_ = 0;
     double upper_ = 1;
