@@ -5,84 +5,33 @@
 // the colour of the root window. Memory is the proportional set size (PSS) after two quiet seconds.
 //
 // Usage: bench_start PLAYER EMPTY-WINDOW
-#include <QByteArray>
-#include <QCoreApplication>
 #include <QFile>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <memory>
 #include <thread>
 #include <vector>
-#include <xcb/xcb.h>
+
+#include "support/ChildProcess.h"
+#include "support/XServer.h"
 
 namespace {
 
+using namespace halvenor;
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
 constexpr int rounds = 15;
-
-struct Free {
-    void operator()(void* memory) const { std::free(memory); }
-};
-
-class XServer {
-  public:
-    XServer() {
-        process_.setProcessChannelMode(QProcess::SeparateChannels);
-        process_.start(
-            QStringLiteral("Xvfb"),
-            {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
-             QStringLiteral("0"), QStringLiteral("1280x800x24"), QStringLiteral("-nolisten"),
-             QStringLiteral("tcp")});
-        while (!process_.canReadLine() && process_.waitForReadyRead(10000)) {
-        }
-        display_ = ":" + process_.readLine().trimmed();
-        connection_ = xcb_connect(display_.constData(), nullptr);
-    }
-    ~XServer() {
-        xcb_disconnect(connection_);
-        process_.terminate();
-        process_.waitForFinished();
-    }
-    XServer(const XServer&) = delete;
-    XServer& operator=(const XServer&) = delete;
-
-    const QByteArray& display() const { return display_; }
-    bool isReady() const { return xcb_connection_has_error(connection_) == 0; }
-
-    /// One pixel as the screen shows it now.
-    uint32_t pixel(int16_t x, int16_t y) const {
-        const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data;
-        const auto cookie = xcb_get_image(connection_, XCB_IMAGE_FORMAT_Z_PIXMAP, screen->root, x,
-                                          y, 1, 1, 0xFFFFFFFF);
-        const std::unique_ptr<xcb_get_image_reply_t, Free> reply(
-            xcb_get_image_reply(connection_, cookie, nullptr));
-        uint32_t value = 0;
-        if (reply) {
-            std::memcpy(&value, xcb_get_image_data(reply.get()), sizeof value);
-        }
-        return value & 0xFFFFFF;
-    }
-
-  private:
-    QProcess process_;
-    QByteArray display_;
-    xcb_connection_t* connection_ = nullptr;
-};
 
 struct Figures {
     double milliseconds = 0;
     double pssKilobytes = 0;
 };
 
-double pssOf(qint64 pid) {
+double pssOf(pid_t pid) {
     QFile rollup(QStringLiteral("/proc/%1/smaps_rollup").arg(pid));
     if (!rollup.open(QIODevice::ReadOnly)) {
         return 0;
@@ -95,7 +44,7 @@ double pssOf(qint64 pid) {
     return 0;
 }
 
-void waitForPixel(const XServer& server, uint32_t background, bool isPainted) {
+void waitForPixel(const bench::XServer& server, uint32_t background, bool isPainted) {
     const auto limit = Clock::now() + 10s;
     while ((server.pixel(500, 400) != background) != isPainted) {
         if (Clock::now() > limit) {
@@ -106,31 +55,25 @@ void waitForPixel(const XServer& server, uint32_t background, bool isPainted) {
     }
 }
 
-Figures measure(const XServer& server, const QString& program, bool withMemory) {
+Figures measure(const bench::XServer& server, const char* program, bool withMemory) {
     const QTemporaryDir home;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    test::ChildProcess::Setup setup;
+    setup.command = {program};
     for (const char* name : {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"}) {
-        environment.insert(QString::fromLatin1(name), home.path());
+        setup.environment[name] = home.path().toStdString();
     }
-    environment.insert(QStringLiteral("DISPLAY"), QString::fromLatin1(server.display()));
-    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.setStandardErrorFile(QProcess::nullDevice());
     const uint32_t background = server.pixel(500, 400);
 
     Figures figures;
     const auto begin = Clock::now();
-    process.start(program, QStringList());
-    process.waitForStarted();
+    test::ChildProcess process(setup);
     waitForPixel(server, background, true);
     figures.milliseconds = std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
     if (withMemory) {
         std::this_thread::sleep_for(2s);
-        figures.pssKilobytes = pssOf(process.processId());
+        figures.pssKilobytes = pssOf(process.id());
     }
     process.kill();
-    process.waitForFinished();
     waitForPixel(server, background, false);
     return figures;
 }
@@ -143,22 +86,16 @@ double median(std::vector<double> values) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const QCoreApplication application(argc, argv);
-    const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() != 3) {
+    if (argc != 3) {
         std::fprintf(stderr, "usage: bench_start PLAYER EMPTY-WINDOW\n");
         return 2;
     }
-    const XServer server;
-    if (!server.isReady()) {
-        std::fprintf(stderr, "no X server\n");
-        return 1;
-    }
+    const bench::XServer server;
     std::vector<double> times[2];
     double memory[2] = {};
     for (int round = 0; round < rounds; ++round) {
         for (int which = 0; which < 2; ++which) {
-            const Figures figures = measure(server, arguments[1 + which], round == 0);
+            const Figures figures = measure(server, argv[1 + which], round == 0);
             times[which].push_back(figures.milliseconds);
             memory[which] = std::max(memory[which], figures.pssKilobytes);
         }

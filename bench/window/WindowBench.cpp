@@ -1,0 +1,197 @@
+// The whole program, its real window on a real X server and its sound through a real sound server,
+// beside what the work costs at the least:
+//
+// - filling the tags of a folder of 5,000 files with covers, from the listing to the last
+//   publication, repainting included, beside TagLib's plain loop on one thread;
+// - playing FLAC with the window shown, and with it hidden, beside decoding the same minutes once.
+#include <QApplication>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <random>
+#include <sys/resource.h>
+#include <vector>
+
+#include "enrichment/BareReading.h"
+#include "platform/audio/Outputs.h"
+#include "platform/decode/AudioFile.h"
+#include "selftest/audiowriter/AudioWriter.h"
+#include "state/AppState.h"
+#include "support/MusicFolder.h"
+#include "support/SoundServer.h"
+#include "support/XServer.h"
+#include "ui/mainwindow/MainWindow.h"
+#include "ui/theme/ThemeInstaller.h"
+
+namespace {
+
+using namespace halvenor;
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr int fileCount = 5000;
+constexpr int enrichmentRounds = 5;
+constexpr int musicSeconds = 60;
+constexpr auto playingTime = 20s;
+
+double since(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+double median(std::vector<double> values) {
+    std::ranges::sort(values);
+    return values[values.size() / 2];
+}
+
+double processorSeconds() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    const auto seconds = [](timeval time) {
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+    };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+void runEventsFor(std::chrono::milliseconds duration) {
+    QEventLoop loop;
+    QTimer::singleShot(duration, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+// From the first publication of skeletons to the end of the last tag. The longest time that the
+// main thread was kept from its events is taken beside it.
+struct Filling {
+    double seconds = 0;
+    double longestStall = 0;
+};
+
+Filling fillFolder(AppState& state, const FolderItem& folder) {
+    QEventLoop loop;
+    Filling filling;
+    Clock::time_point begin;
+    const Subscription reading = state.metadataLoadingFolderID.subscribe([&](const auto& id) {
+        if (id) {
+            begin = Clock::now();
+        } else if (begin != Clock::time_point()) {
+            filling.seconds = since(begin);
+            loop.quit();
+        }
+    });
+    Clock::time_point lastTurn = Clock::now();
+    QTimer turns;
+    QObject::connect(&turns, &QTimer::timeout, [&] {
+        filling.longestStall = std::max(filling.longestStall, since(lastTurn));
+        lastTurn = Clock::now();
+    });
+    turns.start(0);
+    state.refreshFolder(folder);
+    loop.exec();
+    return filling;
+}
+
+void measureEnrichment(AppState& state) {
+    const bench::MusicFolder music(fileCount);
+    const FolderItem folder(music.url(), true);
+    const int64_t before = bench::residentBytes();
+    state.openDirectory(music.url());
+    fillFolder(state, folder);
+    const int64_t growth = bench::residentBytes() - before;
+    std::vector<double> ours, bare, ratios;
+    double stall = 0;
+    for (int round = 0; round < enrichmentRounds; ++round) {
+        const auto start = Clock::now();
+        bench::readBare(music.files());
+        bare.push_back(since(start));
+        const Filling filling = fillFolder(state, folder);
+        ours.push_back(filling.seconds);
+        stall = std::max(stall, filling.longestStall);
+        ratios.push_back(ours.back() / bare.back());
+    }
+    std::printf(
+        "filling in %d files with covers: %.0f ms, TagLib alone on one thread %.0f ms, "
+        "ratio %.2f (bound 1.3)\n",
+        fileCount, median(ours) * 1000, median(bare) * 1000, median(ratios));
+    std::printf(
+        "filling in: longest stall of the event loop %.1f ms; memory grew by %.1f MB, to "
+        "%.1f MB resident (bound 120)\n",
+        stall * 1000, static_cast<double>(growth) / 1e6,
+        static_cast<double>(bench::residentBytes()) / 1e6);
+    state.removeFolder(music.url());
+}
+
+// Tones and noise: compresses about as music does.
+FileUrl writeMusic(const FileUrl& folder) {
+    std::minstd_rand random(1);
+    std::uniform_real_distribution<float> noise(-0.02F, 0.02F);
+    std::vector<float> samples;
+    for (int i = 0; i < musicSeconds * 44100; ++i) {
+        const auto tone = static_cast<float>(0.4 * std::sin(i * 0.03 + 2e-7 * i * double(i)));
+        samples.push_back(tone + noise(random));
+        samples.push_back(tone * 0.7F + noise(random));
+    }
+    const FileUrl url = folder.appendingPathComponent("music.flac");
+    AudioFileTags tags;
+    tags.title = QStringLiteral("A minute of music");
+    writeAudioFile(url, AudioFileType::flac16, samples, 44100, 2, tags);
+    return url;
+}
+
+double decodeOnce(const FileUrl& url) {
+    const double before = processorSeconds();
+    const auto file = AudioFile::open(url);
+    std::vector<float> samples(8192 * 2);
+    while (file->read(samples.data(), 8192) > 0) {
+    }
+    return processorSeconds() - before;
+}
+
+void measurePlaying(AppState& state, MainWindow& window) {
+    const QTemporaryDir directory;
+    const FileUrl folder(QFile::encodeName(directory.path()));
+    const FileUrl music = writeMusic(folder);
+    double decoding = decodeOnce(music);
+    for (int i = 0; i < 3; ++i) {
+        decoding = std::min(decoding, decodeOnce(music));
+    }
+    // What the same minutes cost: a second of playing beside a second of decoding.
+    const double decodingPerSecond = decoding / musicSeconds;
+    state.openDirectory(folder);
+    runEventsFor(500ms);
+    for (const bool isShown : {true, false}) {
+        state.play(state.playbackQueue->first());
+        window.setVisible(isShown);
+        runEventsFor(3s);  // the beginning decodes further ahead than the rest
+        const double before = processorSeconds();
+        runEventsFor(playingTime);
+        const double perSecond =
+            (processorSeconds() - before) / std::chrono::duration<double>(playingTime).count();
+        std::printf(
+            "playing FLAC 44.1/16 with the window %s: %.2f ms of processor a second, "
+            "decoding %.2f, ratio %.2f (bound %d)\n",
+            isShown ? "shown" : "hidden", perSecond * 1000, decodingPerSecond * 1000,
+            perSecond / decodingPerSecond, isShown ? 5 : 4);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const bench::XServer display;
+    test::SoundServer sound({44100, 2});
+    QApplication application(argc, argv);
+    const QTemporaryDir home;
+    AppState state(AppState::Dependencies(
+        makeSystemOutput(QStringLiteral("Halvenor")),
+        FileUrl(QFile::encodeName(home.path())).appendingPathComponent("settings.json"),
+        [] { return SystemAppearance::dark; }));
+    installTheme(state, application);
+    MainWindow window(state);
+    window.show();
+    runEventsFor(500ms);
+    measureEnrichment(state);
+    measurePlaying(state, window);
+    return 0;
+}
