@@ -1,5 +1,5 @@
 #include <QApplication>
-#include <QFile>
+#include <QPalette>
 #include <QTemporaryDir>
 
 #include <gmock/gmock.h>

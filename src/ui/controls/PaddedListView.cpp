@@ -5,11 +5,14 @@
 #include <QScrollBar>
 
 #include <algorithm>
+#include <utility>
 
 namespace halvenor {
 
-PaddedListView::PaddedListView(int top, int bottom, QWidget* parent)
-    : QListView(parent), top_(top), bottom_(bottom) {
+PaddedListView::PaddedListView(int top, int bottom, std::function<QColor()> surface,
+                               QWidget* parent)
+    : QListView(parent), surface_(std::move(surface)), top_(top), bottom_(bottom) {
+    applySurface();
     setFrameShape(QFrame::NoFrame);
     setUniformItemSizes(true);
     setVerticalScrollMode(ScrollPerPixel);
@@ -25,11 +28,22 @@ PaddedListView::PaddedListView(int top, int bottom, QWidget* parent)
             [this](const QVariant& value) { verticalScrollBar()->setValue(value.toInt()); });
 }
 
-void PaddedListView::setSurface(const QColor& surface) {
+// The palette colours the viewport and the scroll bar. Setting it is a change of its own, which
+// finds nothing more to do.
+void PaddedListView::applySurface() {
+    const QColor surface = surface_();
     QPalette colours = palette();
-    colours.setColor(QPalette::Base, surface);
-    colours.setColor(QPalette::Window, surface);
-    setPalette(colours);
+    if (colours.color(QPalette::Base) != surface) {
+        colours.setColor(QPalette::Base, surface);
+        setPalette(colours);
+    }
+}
+
+void PaddedListView::changeEvent(QEvent* event) {
+    QListView::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        applySurface();
+    }
 }
 
 void PaddedListView::updateRow(int row) {

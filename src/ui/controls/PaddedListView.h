@@ -4,6 +4,7 @@
 #include <QVariantAnimation>
 
 #include <chrono>
+#include <functional>
 
 namespace halvenor {
 
@@ -14,12 +15,11 @@ class PaddedListView : public QListView {
   public:
     enum class Anchor { nearest, centre };
 
-    PaddedListView(int top, int bottom, QWidget* parent);
+    /// @param surface the colour of the pane, for the theme that is active when it is asked
+    PaddedListView(int top, int bottom, std::function<QColor()> surface, QWidget* parent);
 
     /// The row under the pointer, or -1.
     int hoveredRow() const { return hoveredRow_; }
-    /// The colour of the pane.
-    void setSurface(const QColor& surface);
     /// Repaints one row, if it shows.
     void updateRow(int row);
     /// Scrolls until the row shows, easing out.
@@ -36,6 +36,7 @@ class PaddedListView : public QListView {
     bool viewportEvent(QEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
     /// The left button went down on a row, at a place in the viewport.
     virtual void rowPressed(int row, const QPoint& place, Qt::KeyboardModifiers modifiers);
@@ -46,9 +47,11 @@ class PaddedListView : public QListView {
     virtual void pointerMoved(int row, const QPoint& place);
 
   private:
+    void applySurface();
     int rowAt(const QPoint& place) const;
     void setHoveredRow(int row);
 
+    std::function<QColor()> surface_;
     int top_;
     int bottom_;
     int hoveredRow_ = -1;

@@ -51,8 +51,7 @@ QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
 
 }  // namespace
 
-ThinSlider::ThinSlider(const QString& accessibleName, QWidget* parent)
-    : QWidget(parent), surface_(HalvenorTheme::windowBackdrop()) {
+ThinSlider::ThinSlider(const QString& accessibleName, QWidget* parent) : QWidget(parent) {
     [[maybe_unused]] static const bool isInstalled =
         (QAccessible::installFactory(&makeAccessible), true);
     setAccessibleName(accessibleName);
@@ -98,8 +97,8 @@ void ThinSlider::updateKnob() {
     update(left, 0, right - left, height());
 }
 
-void ThinSlider::setSurface(const QColor& surface) {
-    surface_ = surface;
+void ThinSlider::setSurface(std::function<QColor()> surface) {
+    surface_ = std::move(surface);
     update();
 }
 
@@ -111,7 +110,7 @@ void ThinSlider::wish(double value) {
 
 void ThinSlider::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    painter.fillRect(event->rect(), surface_);
+    painter.fillRect(event->rect(), surface_());
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
 

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "ui/controls/ThinSliderGeometry.h"
+#include "ui/theme/HalvenorTheme.h"
 
 namespace halvenor {
 
@@ -28,7 +29,7 @@ class ThinSlider : public QWidget {
     double lower() const { return lower_; }
     double upper() const { return upper_; }
     /// The colour of the pane it lies on, which it paints itself.
-    void setSurface(const QColor& surface);
+    void setSurface(std::function<QColor()> surface);
     /// The arrow keys' step, in units of the range.
     void setStep(double step) { step_ = step; }
     /// Wishes for another value, as keys and assistive technology do.
@@ -56,7 +57,7 @@ class ThinSlider : public QWidget {
     double step_ = 0.05;
     double paintedCentre_ = 0;
     int paintedDevicePixel_ = -1;
-    QColor surface_;
+    std::function<QColor()> surface_ = &HalvenorTheme::windowBackdrop;
     bool isHovering_ = false;
     bool isDragging_ = false;
 };

@@ -53,6 +53,7 @@ MainWindow::MainWindow(AppState& state)
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMinimumSize(leastSize);
     resize(defaultSize);
+    divider_->setObjectName(QStringLiteral("divider"));
     divider_->onDragged = [this](double x) { dragDivider(x); };
     playerBar_->onHistoryToggled = [this] { toggleHistory(); };
     keyMonitor_->onAction = [this](WindowAction action) { perform(action); };

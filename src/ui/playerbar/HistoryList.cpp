@@ -44,11 +44,10 @@ class HistoryRowDelegate : public QAbstractItemDelegate {
 }  // namespace
 
 HistoryList::HistoryList(AppState& state, QWidget* parent)
-    : PaddedListView(0, 12, parent), state_(state), model_(new TrackListModel(this)) {
+    : PaddedListView(0, 12, &surface, parent), state_(state), model_(new TrackListModel(this)) {
     setAccessibleName(QStringLiteral("History"));
     setModel(model_);
     setItemDelegate(new HistoryRowDelegate(this));
-    setSurface(surface());
     coverReady_ = CoverCache::shared().changed.subscribe([this](bool) { viewport()->update(); });
 }
 
@@ -120,13 +119,6 @@ void HistoryList::paintRow(QPainter& painter, const QRect& rect, int row) const 
     drawElided(painter, QRectF(place(end - durationWidth, 0, durationWidth, rowHeight)),
                HalvenorTheme::font(11), HalvenorTheme::secondaryText(), track.formattedDuration(),
                Qt::AlignRight);
-}
-
-void HistoryList::changeEvent(QEvent* event) {
-    PaddedListView::changeEvent(event);
-    if (event->type() == QEvent::ApplicationPaletteChange) {
-        setSurface(surface());
-    }
 }
 
 }  // namespace halvenor

@@ -23,7 +23,6 @@ class HistoryList : public PaddedListView {
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;
-    void changeEvent(QEvent* event) override;
     void rowClicked(int row, const QPoint& place, Qt::KeyboardModifiers modifiers) override;
 
   private:

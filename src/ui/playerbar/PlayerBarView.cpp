@@ -66,7 +66,10 @@ PlayerBarView::PlayerBarView(AppState& state, QWidget* parent)
     menu_ = makeButton(QStringLiteral("ellipsis"), smallSymbol, QStringLiteral("More"),
                        [this] { showMenu(); });
     wireSliders();
-    applySurface();
+    timeline_->setSurface(&surface);
+    volume_->setSurface(&surface);
+    elapsed_->setSurface(&surface);
+    total_->setSurface(&surface);
     subscribe();
     refreshTrack();
     refreshDuration();
@@ -258,23 +261,12 @@ void PlayerBarView::showEvent(QShowEvent*) {
 
 void PlayerBarView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.fillRect(rect(), HalvenorTheme::pane(HalvenorTheme::windowPlaybarSurface()));
+    painter.fillRect(rect(), surface());
     painter.fillRect(QRect(0, 0, width(), 1), HalvenorTheme::hairline());
 }
 
-void PlayerBarView::applySurface() {
-    const QColor surface = HalvenorTheme::pane(HalvenorTheme::windowPlaybarSurface());
-    timeline_->setSurface(surface);
-    volume_->setSurface(surface);
-    elapsed_->setSurface(surface);
-    total_->setSurface(surface);
-}
-
-void PlayerBarView::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::ApplicationPaletteChange) {
-        applySurface();
-    }
+QColor PlayerBarView::surface() {
+    return HalvenorTheme::pane(HalvenorTheme::windowPlaybarSurface());
 }
 
 }  // namespace halvenor

@@ -38,7 +38,6 @@ class PlayerBarView : public QWidget {
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
   private:
     IconButton* makeButton(const QString& symbol, double size, const QString& name,
@@ -50,7 +49,7 @@ class PlayerBarView : public QWidget {
     void refreshTransport();
     void refreshModes();
     void refreshVolume();
-    void applySurface();
+    static QColor surface();
     void layOut();
     void copyTrackInfo() const;
     void showMenu();

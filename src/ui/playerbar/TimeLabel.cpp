@@ -17,11 +17,7 @@ constexpr double leastWidth = 30;
 }  // namespace
 
 TimeLabel::TimeLabel(const QString& accessibleName, Qt::Alignment alignment, QWidget* parent)
-    : QWidget(parent),
-      name_(accessibleName),
-      text_(formatTime(0)),
-      alignment_(alignment),
-      surface_(HalvenorTheme::windowBackdrop()) {
+    : QWidget(parent), name_(accessibleName), text_(formatTime(0)), alignment_(alignment) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAccessibleName(name_);
     setAccessibleDescription(text_);
@@ -40,8 +36,8 @@ void TimeLabel::setSeconds(double seconds) {
     update();
 }
 
-void TimeLabel::setSurface(const QColor& surface) {
-    surface_ = surface;
+void TimeLabel::setSurface(std::function<QColor()> surface) {
+    surface_ = std::move(surface);
     update();
 }
 
@@ -53,7 +49,7 @@ QSize TimeLabel::sizeHint() const {
 
 void TimeLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.fillRect(rect(), surface_);
+    painter.fillRect(rect(), surface_());
     painter.setFont(HalvenorTheme::font(textSize, QFont::Light));
     painter.setPen(HalvenorTheme::neutralTint());
     painter.drawText(rect(), static_cast<int>(alignment_ | Qt::AlignVCenter), text_);

@@ -2,6 +2,10 @@
 
 #include <QWidget>
 
+#include <functional>
+
+#include "ui/theme/HalvenorTheme.h"
+
 namespace halvenor {
 
 /// A time in the player bar. It repaints only when its digits change.
@@ -12,7 +16,7 @@ class TimeLabel : public QWidget {
 
     void setSeconds(double seconds);
     const QString& text() const { return text_; }
-    void setSurface(const QColor& surface);
+    void setSurface(std::function<QColor()> surface);
     QSize sizeHint() const override;
 
   protected:
@@ -22,7 +26,7 @@ class TimeLabel : public QWidget {
     QString name_;
     QString text_;
     Qt::Alignment alignment_;
-    QColor surface_;
+    std::function<QColor()> surface_ = &HalvenorTheme::windowBackdrop;
 };
 
 }  // namespace halvenor

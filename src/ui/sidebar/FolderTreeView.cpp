@@ -41,17 +41,35 @@ class FolderRowDelegate : public QAbstractItemDelegate {
     FolderTreeView* view_;
 };
 
+// Drawn by hand: a symbol that is turned after it was rendered is no longer crisp.
+void paintChevron(QPainter& painter, const QPointF& centre, bool isExpanded,
+                  Qt::LayoutDirection direction, const QColor& colour) {
+    painter.save();
+    painter.translate(centre);
+    painter.rotate(isExpanded ? 90 : (direction == Qt::RightToLeft ? 180 : 0));
+    painter.setPen(QPen(colour, 1.5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    const QPointF points[] = {{-1.75, -3.5}, {1.75, 0}, {-1.75, 3.5}};
+    painter.drawPolyline(points, 3);
+    painter.restore();
+}
+
+QColor surface() {
+    return HalvenorTheme::pane(HalvenorTheme::windowSidebarSurface());
+}
+
 }  // namespace
 
 FolderTreeView::FolderTreeView(AppState& state, QWidget* parent)
-    : PaddedListView(4, 16, parent), state_(state), model_(new FolderTreeModel(this)) {
+    : PaddedListView(4, 16, &surface, parent), state_(state), model_(new FolderTreeModel(this)) {
     setAccessibleName(QStringLiteral("Folders"));
     model_->describe = [this](const FolderRow& row) { return describe(row); };
     setModel(model_);
     setItemDelegate(new FolderRowDelegate(this));
+    searchDelay_.setSingleShot(true);
+    searchDelay_.setInterval(400ms);
+    connect(&searchDelay_, &QTimer::timeout, this, [this] { viewport()->update(); });
     spinning_.setInterval(spinnerInterval);
     connect(&spinning_, &QTimer::timeout, this, [this] { viewport()->update(); });
-    applySurface();
     subscribe();
     rebuild();
 }
@@ -66,6 +84,8 @@ void FolderTreeView::subscribe() {
     subscriptions_.push_back(state_.markedFolderIDs.subscribe(rows));
     subscriptions_.push_back(state_.showMarkedFoldersOnly.subscribe(rows));
     subscriptions_.push_back(state_.searchQuery.subscribe(rows));
+    subscriptions_.push_back(
+        state_.searchQuery.subscribe([this](const auto&) { searchDelay_.start(); }));
     subscriptions_.push_back(state_.folderSearchResults.subscribe(rows));
     subscriptions_.push_back(state_.loadingFolderIDs.subscribe(look));
     subscriptions_.push_back(state_.selectedFolder.subscribe(look));
@@ -297,7 +317,7 @@ void FolderTreeView::paintEvent(QPaintEvent* event) {
     hasPaintedSpinner_ = false;
     PaddedListView::paintEvent(event);
     if (model_->rowCount() == 0 && !state_.searchQuery->isEmpty() &&
-        !*state_.isFolderSearchInProgress) {
+        !*state_.isFolderSearchInProgress && !searchDelay_.isActive()) {
         QPainter painter(viewport());
         drawElided(painter, QRectF(0, 24, viewport()->width(), 24), HalvenorTheme::font(12),
                    HalvenorTheme::inactiveText(), QStringLiteral("No folders found"),
@@ -328,14 +348,10 @@ void FolderTreeView::paintRow(QPainter& painter, const QRect& rect, int row) con
     }
     const QColor ink = isOpen ? HalvenorTheme::highlightText() : HalvenorTheme::mainText();
     if (hasChildren(shown)) {
-        painter.save();
-        painter.translate(QRectF(parts.chevron).center());
-        const bool isMirrored = layoutDirection() == Qt::RightToLeft;
-        painter.rotate(state_.isFolderExpanded(folder) ? 90 : (isMirrored ? 180 : 0));
         QColor faint = ink;
         faint.setAlphaF(ink.alphaF() * (isHovered || isOpen ? 0.9F : 0.6F));
-        Symbols::draw(painter, QStringLiteral("chevron.right"), 8, {0, 0}, faint);
-        painter.restore();
+        paintChevron(painter, QRectF(parts.chevron).center(), state_.isFolderExpanded(folder),
+                     layoutDirection(), faint);
     }
     paintIcon(painter, parts.icon, folder, isHovered && hotPart_ == HotPart::icon);
     const bool isLoading = state_.isFolderLoading(folder);
@@ -380,17 +396,6 @@ void FolderTreeView::paintIcon(QPainter& painter, const QRect& rect, const Folde
     painter.setBrush(isMarked ? QBrush(tint) : QBrush(Qt::NoBrush));
     painter.setPen(QPen(tint, 1.35, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.drawPath(shape);
-}
-
-void FolderTreeView::applySurface() {
-    setSurface(HalvenorTheme::pane(HalvenorTheme::windowSidebarSurface()));
-}
-
-void FolderTreeView::changeEvent(QEvent* event) {
-    PaddedListView::changeEvent(event);
-    if (event->type() == QEvent::ApplicationPaletteChange) {
-        applySurface();
-    }
 }
 
 }  // namespace halvenor

@@ -27,7 +27,6 @@ class FolderTreeView : public PaddedListView {
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
-    void changeEvent(QEvent* event) override;
     void rowClicked(int row, const QPoint& place, Qt::KeyboardModifiers modifiers) override;
     void rowDoubleClicked(int row, const QPoint& place, Qt::KeyboardModifiers modifiers) override;
     void pointerMoved(int row, const QPoint& place) override;
@@ -44,7 +43,6 @@ class FolderTreeView : public PaddedListView {
     void openAndShow(const FolderItem& folder);
     void showFolder(const QByteArray& id);
     void showMenu(const FolderRow& row, const QPoint& globalPlace);
-    void applySurface();
     int selectedRow() const;
     FolderFilter filter() const;
     FolderTreeSource source(const FolderFilter& filter) const;
@@ -58,6 +56,7 @@ class FolderTreeView : public PaddedListView {
     bool isRebuildScheduled_ = false;
     HotPart hotPart_ = HotPart::none;
     QTimer spinning_;
+    QTimer searchDelay_;  // runs while a search for what was typed can't have ended
     mutable bool hasPaintedSpinner_ = false;
     Subscriptions subscriptions_;
 };

@@ -61,7 +61,8 @@ void drawMenuItem(QPainter& painter, const QStyleOptionMenuItem& item) {
     if (item.maxIconWidth > 0) {
         const QRect iconRect(rect.left() + menuSidePadding - 2, rect.top(), 20, rect.height());
         item.icon.paint(&painter, QStyle::visualRect(item.direction, rect, iconRect),
-                        Qt::AlignCenter, isEnabled ? QIcon::Normal : QIcon::Disabled);
+                        Qt::AlignCenter,
+                        isSelected ? QIcon::Active : (isEnabled ? QIcon::Normal : QIcon::Disabled));
         textRect.setLeft(rect.left() + menuSidePadding + menuIconColumn);
     }
     painter.setPen(ink);

@@ -75,17 +75,22 @@ struct TrackRowParts {
     QRectF duration;
 };
 
+QColor surface() {
+    return HalvenorTheme::pane(HalvenorTheme::windowTracklistSurface());
+}
+
 }  // namespace
 
 TrackListView::TrackListView(AppState& state, QWidget* parent)
-    : PaddedListView(0, padding, parent), state_(state), model_(new TrackListModel(this)) {
+    : PaddedListView(0, padding, &surface, parent),
+      state_(state),
+      model_(new TrackListModel(this)) {
     setAccessibleName(QStringLiteral("Tracks"));
     setModel(model_);
     setItemDelegate(new TrackRowDelegate(this));
     repaintTimer_.setSingleShot(true);
     repaintTimer_.setInterval(repaintInterval);
     connect(&repaintTimer_, &QTimer::timeout, this, [this] { viewport()->update(); });
-    applySurface();
     const auto look = [this](const auto&) { viewport()->update(); };
     subscriptions_.push_back(state_.selectedTrackIDs.subscribe(look));
     subscriptions_.push_back(state_.audioEngine().currentTrack.subscribe(look));
@@ -243,17 +248,6 @@ void TrackListView::paintRow(QPainter& painter, const QRect& rect, int row) cons
                trackFormatDescription(track), Qt::AlignRight);
     drawElided(painter, parts.duration, HalvenorTheme::font(11), HalvenorTheme::secondaryText(),
                track.formattedDuration(), Qt::AlignRight);
-}
-
-void TrackListView::applySurface() {
-    setSurface(HalvenorTheme::pane(HalvenorTheme::windowTracklistSurface()));
-}
-
-void TrackListView::changeEvent(QEvent* event) {
-    PaddedListView::changeEvent(event);
-    if (event->type() == QEvent::ApplicationPaletteChange) {
-        applySurface();
-    }
 }
 
 }  // namespace halvenor

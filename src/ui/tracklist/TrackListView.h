@@ -28,7 +28,6 @@ class TrackListView : public PaddedListView {
   protected:
     void keyPressEvent(QKeyEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
-    void changeEvent(QEvent* event) override;
     void rowPressed(int row, const QPoint& place, Qt::KeyboardModifiers modifiers) override;
     void rowDoubleClicked(int row, const QPoint& place, Qt::KeyboardModifiers modifiers) override;
 
@@ -39,7 +38,6 @@ class TrackListView : public PaddedListView {
     int cursorRow() const;
     bool isSelected(const Track& track) const;
     bool isPlaying(const Track& track) const;
-    void applySurface();
 
     AppState& state_;
     TrackListModel* model_;
