@@ -34,7 +34,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int fileCount = 5000;
 constexpr int enrichmentRounds = 5;
-constexpr int musicSeconds = 60;
+constexpr int musicSeconds = 240;
 constexpr auto playingTime = 20s;
 
 double since(Clock::time_point start) {
@@ -134,7 +134,7 @@ FileUrl writeMusic(const FileUrl& folder) {
     }
     const FileUrl url = folder.appendingPathComponent("music.flac");
     AudioFileTags tags;
-    tags.title = QStringLiteral("A minute of music");
+    tags.title = QStringLiteral("Four minutes of music");
     writeAudioFile(url, AudioFileType::flac16, samples, 44100, 2, tags);
     return url;
 }

@@ -88,7 +88,7 @@ void AppState::subscribeToEngine() {
                 settings_.setPath(settingsKeys::lastTrackPath, track->url().standardized().path());
             }
         }));
-    subscriptions_.push_back(audioEngine_.currentTime.subscribeQueued(
+    subscriptions_.push_back(audioEngine_.currentTime.subscribe(
         [this](double seconds) { positionWrites_.push(seconds); }));
 
     // Each callback runs in a turn of its own, after the step of the engine that called it.
