@@ -175,6 +175,7 @@ class AppState : public QObject {
     void storeListing(const QByteArray& folderID, const DirectorySnapshot& listing);
     std::optional<FolderItem> deepestRootContaining(const QByteArray& path) const;
     void persistMarkedFolders();
+    void prepareToPlay();
     void scheduleFolderSearch();
     Task<> searchTask(QString query, std::stop_token token);
 
@@ -205,6 +206,7 @@ class AppState : public QObject {
     std::mt19937 random_{std::random_device{}()};
 
     QHash<QByteArray, std::shared_ptr<TaskSlot>> directoryLoadTasks_;
+    bool isPreparedToPlay_ = false;
     TaskSlot metadataLoadTask_;
     TaskSlot folderNavigationTask_;
     TaskSlot folderSearchTask_;

@@ -1,8 +1,10 @@
 #include <QPointer>
+#include <QThreadPool>
 
 #include <algorithm>
 #include <utility>
 
+#include "base/Error.h"
 #include "base/MoveTable.h"
 #include "model/scanner/FolderScanner.h"
 #include "state/AppState.h"
@@ -148,10 +150,28 @@ Task<> AppState::loadDirectoryForNavigation(FolderItem folder, std::stop_token t
 }
 
 void AppState::storeListing(const QByteArray& folderID, const DirectorySnapshot& listing) {
+    if (!listing.tracks.isEmpty()) {
+        prepareToPlay();
+    }
     folderChildren.mutate([&](auto& children) { children.insert(folderID, listing.folders); });
     folderTracks.mutate([&](auto& tracks) { tracks.insert(folderID, listing.tracks); });
     insert(loadedFolderIDs, folderID);
     remove(loadingFolderIDs, folderID);
+}
+
+// There is music now, so some may be played soon: the first double click must not wait for the
+// decoders to be loaded.
+void AppState::prepareToPlay() {
+    if (std::exchange(isPreparedToPlay_, true)) {
+        return;
+    }
+    QThreadPool::globalInstance()->start([] {
+        try {
+            AudioFile::prepare();
+        } catch (const Error&) {
+            // Opening a file will say so.
+        }
+    });
 }
 
 void AppState::refreshFolder(const FolderItem& folder) {

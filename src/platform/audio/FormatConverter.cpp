@@ -87,6 +87,7 @@ FormatConverter::FormatConverter(AudioFormat from, AudioFormat to) : from_(from)
     if (from.sampleRate <= 0 || from.channels <= 0) {
         throwUnsupported();
     }
+    ffmpeg::load();
     if (from.channels > to.channels) {
         matrix_ = downmixMatrix(from.channels, to.channels);
     }

@@ -19,6 +19,10 @@ constexpr int revealingPackets = 32;
 
 }  // namespace
 
+void AudioFile::prepare() {
+    ffmpeg::load();
+}
+
 std::shared_ptr<AudioFile> AudioFile::open(const FileUrl& url) {
     return std::make_shared<DecodedFile>(std::make_shared<FileBytes>(url));
 }

@@ -20,6 +20,11 @@ class AudioFile {
     /// @throws Error (io, format or unsupported)
     static std::shared_ptr<AudioFile> open(const FileUrl& url);
 
+    /// Loads what the first open() would have to load, which takes some 30 ms. Any thread: called
+    /// ahead on one that may wait, it spares the main thread that time.
+    /// @throws Error (unavailable)
+    static void prepare();
+
     virtual ~AudioFile() = default;
 
     virtual AudioFormat processingFormat() const = 0;

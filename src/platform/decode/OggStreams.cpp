@@ -58,6 +58,7 @@ class DurationMeter {
   public:
     DurationMeter(OggCodec codec, const std::vector<uint8_t>& extradata) : codec_(codec) {
         if (codec == OggCodec::vorbis) {
+            ffmpeg::load();
             vorbis_ =
                 ffmpeg::av_vorbis_parse_init(extradata.data(), static_cast<int>(extradata.size()));
             if (vorbis_ == nullptr) {

@@ -8,6 +8,7 @@ namespace halvenor {
 
 std::unique_ptr<PacketSource> makePacketSource(std::shared_ptr<ByteSource> bytes,
                                                const StreamLayout& layout) {
+    ffmpeg::load();
     switch (layout.container) {
         case Container::mpegAudio:
         case Container::adts:

@@ -246,6 +246,7 @@ class Writer {
 
 void writeAudioFile(const FileUrl& url, AudioFileType type, std::span<const float> samples,
                     int sampleRate, int channels, const AudioFileTags& tags) {
+    ffmpeg::load();
     Writer(url, recipeOf(type), sampleRate, channels, tags).write(samples);
 }
 

@@ -7,17 +7,18 @@ namespace halvenor {
 
 void release(pa_operation* operation) {
     if (operation) {
-        pa_operation_unref(operation);
+        pulse::pa_operation_unref(operation);
     }
 }
 
 void PulseTimer::start(pa_threaded_mainloop* loop, pa_context* context,
                        std::chrono::milliseconds delay, std::function<void()> action) {
     stop();
-    api_ = pa_threaded_mainloop_get_api(loop);
+    api_ = pulse::pa_threaded_mainloop_get_api(loop);
     action_ = std::move(action);
-    const auto due = pa_rtclock_now() + static_cast<pa_usec_t>(delay.count()) * PA_USEC_PER_MSEC;
-    event_ = pa_context_rttime_new(
+    const auto due =
+        pulse::pa_rtclock_now() + static_cast<pa_usec_t>(delay.count()) * PA_USEC_PER_MSEC;
+    event_ = pulse::pa_context_rttime_new(
         context, due,
         [](pa_mainloop_api*, pa_time_event*, const timeval*, void* self) {
             auto* timer = static_cast<PulseTimer*>(self);
@@ -38,9 +39,9 @@ void PulseTimer::stop() {
 PulseConnection::PulseConnection(QByteArray applicationName, Listener listener)
     : applicationName_(std::move(applicationName)),
       listener_(std::move(listener)),
-      loop_(pa_threaded_mainloop_new()) {
-    pa_threaded_mainloop_set_name(loop_, "sound server");
-    pa_threaded_mainloop_start(loop_);
+      loop_(pulse::pa_threaded_mainloop_new()) {
+    pulse::pa_threaded_mainloop_set_name(loop_, "sound server");
+    pulse::pa_threaded_mainloop_start(loop_);
 }
 
 PulseConnection::~PulseConnection() {
@@ -49,28 +50,28 @@ PulseConnection::~PulseConnection() {
         retry_.stop();
         drop();
     }
-    pa_threaded_mainloop_stop(loop_);
-    pa_threaded_mainloop_free(loop_);
+    pulse::pa_threaded_mainloop_stop(loop_);
+    pulse::pa_threaded_mainloop_free(loop_);
 }
 
 void PulseConnection::drop() {
     if (context_) {
-        pa_context_set_state_callback(context_, nullptr, nullptr);
-        pa_context_disconnect(context_);
-        pa_context_unref(std::exchange(context_, nullptr));
+        pulse::pa_context_set_state_callback(context_, nullptr, nullptr);
+        pulse::pa_context_disconnect(context_);
+        pulse::pa_context_unref(std::exchange(context_, nullptr));
     }
 }
 
 void PulseConnection::connect() {
     retry_.stop();
     drop();
-    context_ = pa_context_new(api(), applicationName_.constData());
-    pa_context_set_state_callback(
+    context_ = pulse::pa_context_new(api(), applicationName_.constData());
+    pulse::pa_context_set_state_callback(
         context_,
         [](pa_context*, void* self) { static_cast<PulseConnection*>(self)->contextChanged(); },
         this);
     // No server of our own making: a desktop's starts by itself, and none is an answer too.
-    if (pa_context_connect(context_, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
+    if (pulse::pa_context_connect(context_, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
         fail();
     }
 }
@@ -82,7 +83,7 @@ void PulseConnection::connectLater() {
 }
 
 void PulseConnection::contextChanged() {
-    switch (pa_context_get_state(context_)) {
+    switch (pulse::pa_context_get_state(context_)) {
         case PA_CONTEXT_READY:
             askForDefaultSink();
             break;
@@ -96,7 +97,7 @@ void PulseConnection::contextChanged() {
 }
 
 void PulseConnection::askForDefaultSink() {
-    release(pa_context_get_sink_info_by_name(
+    release(pulse::pa_context_get_sink_info_by_name(
         context_, "@DEFAULT_SINK@",
         [](pa_context*, const pa_sink_info* sink, int end, void* user) {
             auto* self = static_cast<PulseConnection*>(user);

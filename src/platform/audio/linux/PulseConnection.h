@@ -5,8 +5,8 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <pulse/pulseaudio.h>
 
+#include "platform/audio/linux/Pulse.h"
 #include "platform/decode/AudioFormat.h"
 
 namespace halvenor {
@@ -16,9 +16,9 @@ namespace halvenor {
 class PulseLock {
   public:
     explicit PulseLock(pa_threaded_mainloop* loop) : loop_(loop) {
-        pa_threaded_mainloop_lock(loop_);
+        pulse::pa_threaded_mainloop_lock(loop_);
     }
-    ~PulseLock() { pa_threaded_mainloop_unlock(loop_); }
+    ~PulseLock() { pulse::pa_threaded_mainloop_unlock(loop_); }
     PulseLock(const PulseLock&) = delete;
     PulseLock& operator=(const PulseLock&) = delete;
 
@@ -64,7 +64,7 @@ class PulseConnection {
     ~PulseConnection();
 
     pa_threaded_mainloop* loop() const { return loop_; }
-    pa_mainloop_api* api() const { return pa_threaded_mainloop_get_api(loop_); }
+    pa_mainloop_api* api() const { return pulse::pa_threaded_mainloop_get_api(loop_); }
     /// Null until the first connect().
     pa_context* context() const { return context_; }
 

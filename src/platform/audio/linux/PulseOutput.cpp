@@ -53,6 +53,7 @@ AudioFormat PulseOutput::open() {
     if (isOpen()) {
         return format_;
     }
+    pulse::load();
     phase_ = Phase::opening;
     isResumed_ = false;
     connection_ = std::make_unique<PulseConnection>(
@@ -82,10 +83,10 @@ void PulseOutput::waitForFirstConnection() {
     connection_->connect();
     timeout.start(connection_->loop(), connection_->context(), openingTimeout, [this] {
         phase_ = Phase::failed;
-        pa_threaded_mainloop_signal(connection_->loop(), 0);
+        pulse::pa_threaded_mainloop_signal(connection_->loop(), 0);
     });
     while (phase_ == Phase::opening) {
-        pa_threaded_mainloop_wait(connection_->loop());
+        pulse::pa_threaded_mainloop_wait(connection_->loop());
     }
 }
 
@@ -123,20 +124,20 @@ void PulseOutput::connectStream() {
     spec.rate = static_cast<uint32_t>(format_.sampleRate);
     spec.channels = static_cast<uint8_t>(format_.channels);
     pa_channel_map map{};
-    pa_channel_map_init_extend(&map, spec.channels, PA_CHANNEL_MAP_WAVEEX);
-    pa_proplist* properties = pa_proplist_new();
-    pa_proplist_sets(properties, PA_PROP_MEDIA_ROLE, "music");
-    stream_ = pa_stream_new_with_proplist(connection_->context(), applicationName_.constData(),
-                                          &spec, &map, properties);
-    pa_proplist_free(properties);
+    pulse::pa_channel_map_init_extend(&map, spec.channels, PA_CHANNEL_MAP_WAVEEX);
+    pa_proplist* properties = pulse::pa_proplist_new();
+    pulse::pa_proplist_sets(properties, PA_PROP_MEDIA_ROLE, "music");
+    stream_ = pulse::pa_stream_new_with_proplist(
+        connection_->context(), applicationName_.constData(), &spec, &map, properties);
+    pulse::pa_proplist_free(properties);
     if (!stream_) {
         lost();
         return;
     }
-    pa_stream_set_state_callback(
+    pulse::pa_stream_set_state_callback(
         stream_, [](pa_stream*, void* user) { static_cast<PulseOutput*>(user)->streamChanged(); },
         this);
-    pa_stream_set_write_callback(
+    pulse::pa_stream_set_write_callback(
         stream_,
         [](pa_stream*, size_t, void* user) {
             auto* output = static_cast<PulseOutput*>(user);
@@ -144,19 +145,19 @@ void PulseOutput::connectStream() {
             output->askForTiming();
         },
         this);
-    pa_stream_set_underflow_callback(
+    pulse::pa_stream_set_underflow_callback(
         stream_,
         [](pa_stream*, void* user) { static_cast<PulseOutput*>(user)->isUnderrun_ = true; }, this);
     const auto ask = [](pa_stream*, void* user) {
         static_cast<PulseOutput*>(user)->askForTiming();
     };
-    pa_stream_set_started_callback(stream_, ask, this);
-    pa_stream_set_moved_callback(stream_, ask, this);
-    pa_stream_set_suspended_callback(
+    pulse::pa_stream_set_started_callback(stream_, ask, this);
+    pulse::pa_stream_set_moved_callback(stream_, ask, this);
+    pulse::pa_stream_set_suspended_callback(
         stream_,
         [](pa_stream* stream, void* user) {
             auto* output = static_cast<PulseOutput*>(user);
-            if (pa_stream_is_suspended(stream) > 0) {
+            if (pulse::pa_stream_is_suspended(stream) > 0) {
                 output->clock_.stand(steady_clock::now());
             }
             output->askForTiming();
@@ -167,23 +168,23 @@ void PulseOutput::connectStream() {
     isUnderrun_ = false;
     pendingFlushes_ = 0;
     framesRead_.reset();
-    if (pa_stream_connect_playback(stream_, nullptr, &attributes, PA_STREAM_START_CORKED, nullptr,
-                                   nullptr) < 0) {
+    if (pulse::pa_stream_connect_playback(stream_, nullptr, &attributes, PA_STREAM_START_CORKED,
+                                          nullptr, nullptr) < 0) {
         lost();
     }
 }
 
 bool PulseOutput::isStreamReady() const {
-    return stream_ && pa_stream_get_state(stream_) == PA_STREAM_READY;
+    return stream_ && pulse::pa_stream_get_state(stream_) == PA_STREAM_READY;
 }
 
 void PulseOutput::streamChanged() {
-    switch (pa_stream_get_state(stream_)) {
+    switch (pulse::pa_stream_get_state(stream_)) {
         case PA_STREAM_READY:
             connection_->resetPatience();
             if (phase_ == Phase::opening) {
                 phase_ = Phase::open;
-                pa_threaded_mainloop_signal(connection_->loop(), 0);
+                pulse::pa_threaded_mainloop_signal(connection_->loop(), 0);
             }
             fill();
             updateCork();
@@ -200,7 +201,7 @@ void PulseOutput::streamChanged() {
 void PulseOutput::lost() {
     if (phase_ != Phase::open) {
         phase_ = Phase::failed;
-        pa_threaded_mainloop_signal(connection_->loop(), 0);
+        pulse::pa_threaded_mainloop_signal(connection_->loop(), 0);
         return;
     }
     const Time now = steady_clock::now();
@@ -218,14 +219,14 @@ void PulseOutput::dropStream() {
     timingTimer_.stop();
     rerenderTimer_.stop();
     if (stream_) {
-        pa_stream_set_state_callback(stream_, nullptr, nullptr);
-        pa_stream_set_write_callback(stream_, nullptr, nullptr);
-        pa_stream_set_underflow_callback(stream_, nullptr, nullptr);
-        pa_stream_set_started_callback(stream_, nullptr, nullptr);
-        pa_stream_set_moved_callback(stream_, nullptr, nullptr);
-        pa_stream_set_suspended_callback(stream_, nullptr, nullptr);
-        pa_stream_disconnect(stream_);
-        pa_stream_unref(std::exchange(stream_, nullptr));
+        pulse::pa_stream_set_state_callback(stream_, nullptr, nullptr);
+        pulse::pa_stream_set_write_callback(stream_, nullptr, nullptr);
+        pulse::pa_stream_set_underflow_callback(stream_, nullptr, nullptr);
+        pulse::pa_stream_set_started_callback(stream_, nullptr, nullptr);
+        pulse::pa_stream_set_moved_callback(stream_, nullptr, nullptr);
+        pulse::pa_stream_set_suspended_callback(stream_, nullptr, nullptr);
+        pulse::pa_stream_disconnect(stream_);
+        pulse::pa_stream_unref(std::exchange(stream_, nullptr));
     }
 }
 
@@ -252,11 +253,11 @@ void PulseOutput::setSource(std::shared_ptr<RenderSource> source) {
 void PulseOutput::flush() {
     if (!isCorked_) {
         isCorked_ = true;
-        release(pa_stream_cork(stream_, 1, nullptr, nullptr));
+        release(pulse::pa_stream_cork(stream_, 1, nullptr, nullptr));
     }
-    release(pa_stream_flush(stream_, nullptr, nullptr));
+    release(pulse::pa_stream_flush(stream_, nullptr, nullptr));
     ++pendingFlushes_;
-    release(pa_stream_update_timing_info(
+    release(pulse::pa_stream_update_timing_info(
         stream_,
         [](pa_stream* stream, int, void* user) {
             auto* self = static_cast<PulseOutput*>(user);
@@ -297,9 +298,9 @@ void PulseOutput::updateCork() {
         timingTimer_.stop();
         silenceTimer_.stop();
         paddingTimer_.stop();
-        release(pa_stream_cork(stream_, 1, nullptr, nullptr));
+        release(pulse::pa_stream_cork(stream_, 1, nullptr, nullptr));
     } else {
-        release(pa_stream_cork(stream_, 0, nullptr, nullptr));
+        release(pulse::pa_stream_cork(stream_, 0, nullptr, nullptr));
         askForTiming();
         prepareForTheEnd();
     }

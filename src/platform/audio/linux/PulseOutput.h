@@ -4,7 +4,6 @@
 
 #include <memory>
 #include <optional>
-#include <pulse/pulseaudio.h>
 
 #include "platform/audio/AudioOutput.h"
 #include "platform/audio/PlaybackClock.h"

@@ -42,7 +42,7 @@ void PulseOutput::fill() {
     if (!isStreamReady() || !source_) {
         return;
     }
-    const size_t writable = pa_stream_writable_size(stream_);
+    const size_t writable = pulse::pa_stream_writable_size(stream_);
     if (writable == static_cast<size_t>(-1)) {
         return;
     }
@@ -72,21 +72,21 @@ int64_t PulseOutput::write(int64_t frames, int64_t takenBack) {
     while (written < frames) {
         void* memory = nullptr;
         size_t bytes = static_cast<size_t>((frames - written) * frameBytes());
-        if (pa_stream_begin_write(stream_, &memory, &bytes) < 0) {
+        if (pulse::pa_stream_begin_write(stream_, &memory, &bytes) < 0) {
             break;
         }
         const int64_t room = std::min(static_cast<int64_t>(bytes) / frameBytes(), frames - written);
         const int64_t got = source_->render(static_cast<float*>(memory), room);
         if (got == 0) {
-            pa_stream_cancel_write(stream_);
+            pulse::pa_stream_cancel_write(stream_);
             break;
         }
         const int64_t offset = written == 0 ? -back * frameBytes() : 0;
         if (back > takenBack) {
             forgetPadding();
         }
-        pa_stream_write(stream_, memory, static_cast<size_t>(got * frameBytes()), nullptr, offset,
-                        PA_SEEK_RELATIVE);
+        pulse::pa_stream_write(stream_, memory, static_cast<size_t>(got * frameBytes()), nullptr,
+                               offset, PA_SEEK_RELATIVE);
         written += got;
         if (got < room) {
             break;
@@ -148,13 +148,13 @@ void PulseOutput::pad() {
     while (isDry_ && missing > 0) {
         void* memory = nullptr;
         size_t bytes = static_cast<size_t>(missing * frameBytes());
-        if (pa_stream_begin_write(stream_, &memory, &bytes) < 0) {
+        if (pulse::pa_stream_begin_write(stream_, &memory, &bytes) < 0) {
             break;
         }
         const int64_t frames = std::min(static_cast<int64_t>(bytes) / frameBytes(), missing);
         std::memset(memory, 0, static_cast<size_t>(frames * frameBytes()));
-        pa_stream_write(stream_, memory, static_cast<size_t>(frames * frameBytes()), nullptr, 0,
-                        PA_SEEK_RELATIVE);
+        pulse::pa_stream_write(stream_, memory, static_cast<size_t>(frames * frameBytes()), nullptr,
+                               0, PA_SEEK_RELATIVE);
         paddedAt_ = given_;
         padding_ += frames;
         missing -= frames;
@@ -228,7 +228,7 @@ void PulseOutput::askForTiming() {
     if (!isStreamReady()) {
         return;
     }
-    release(pa_stream_update_timing_info(
+    release(pulse::pa_stream_update_timing_info(
         stream_,
         [](pa_stream* stream, int, void* user) {
             auto* self = static_cast<PulseOutput*>(user);
@@ -240,7 +240,7 @@ void PulseOutput::askForTiming() {
 }
 
 void PulseOutput::timingArrived() {
-    const pa_timing_info* info = pa_stream_get_timing_info(stream_);
+    const pa_timing_info* info = pulse::pa_stream_get_timing_info(stream_);
     if (!info || info->write_index_corrupt || info->read_index_corrupt || pendingFlushes_ > 0) {
         return;
     }
