@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 #include "ui/controls/FocusRing.h"
 #include "ui/theme/HalvenorTheme.h"
@@ -68,8 +69,12 @@ double ThinSlider::knobCentre() const {
     return geometryNow().filledWidth(value_);
 }
 
-int ThinSlider::knobDevicePixel() const {
-    return static_cast<int>(std::lround(knobCentre() * devicePixelRatioF()));
+int ThinSlider::devicePixelAt(double value) const {
+    return static_cast<int>(std::lround(geometryNow().filledWidth(value) * devicePixelRatioF()));
+}
+
+int ThinSlider::knobTravel(double value) const {
+    return std::abs(devicePixelAt(value) - knobDevicePixel());
 }
 
 void ThinSlider::setRange(double lower, double upper) {

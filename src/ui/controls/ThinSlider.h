@@ -25,6 +25,8 @@ class ThinSlider : public QWidget {
 
     void setRange(double lower, double upper);
     void setValue(double value);
+    /// How many device pixels the knob would go to stand at `value`.
+    int knobTravel(double value) const;
     double value() const { return value_; }
     double lower() const { return lower_; }
     double upper() const { return upper_; }
@@ -48,7 +50,8 @@ class ThinSlider : public QWidget {
   private:
     ThinSliderGeometry geometryNow() const;
     double knobCentre() const;
-    int knobDevicePixel() const;
+    int devicePixelAt(double value) const;
+    int knobDevicePixel() const { return devicePixelAt(value_); }
     void updateKnob();
 
     double lower_ = 0;

@@ -68,7 +68,8 @@ void HistoryPanel::refresh() {
 }
 
 void HistoryPanel::resizeEvent(QResizeEvent*) {
-    list_->setGeometry(1, titleHeight, width() - 1, height() - titleHeight);
+    list_->setGeometry(QStyle::visualRect(
+        layoutDirection(), rect(), QRect(1, titleHeight, width() - 1, height() - titleHeight)));
 }
 
 void HistoryPanel::paintEvent(QPaintEvent*) {

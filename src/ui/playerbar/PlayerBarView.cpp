@@ -108,7 +108,7 @@ void PlayerBarView::subscribe() {
     const auto volume = [this](const auto&) { refreshVolume(); };
     subscriptions_.push_back(engine.currentTime.subscribe([this](double) {
         if (canBeSeen()) {
-            refreshTime();
+            followTime();
         }
     }));
     subscriptions_.push_back(engine.duration.subscribe([this](double) { refreshDuration(); }));
@@ -152,10 +152,18 @@ void PlayerBarView::refreshDuration() {
 void PlayerBarView::refreshTime() {
     const double now = *state_.audioEngine().currentTime;
     timeline_->setValue(now);
-    const QSize before = elapsed_->sizeHint();
+    const qsizetype digits = elapsed_->text().size();
     elapsed_->setSeconds(now);
-    if (elapsed_->sizeHint() != before) {
+    if (elapsed_->text().size() != digits) {
         layOut();
+    }
+}
+
+// A step of a single pixel waits for the next second, so that digits and knob are one repaint.
+void PlayerBarView::followTime() {
+    const double now = *state_.audioEngine().currentTime;
+    if (timeline_->knobTravel(now) > 1 || formatTime(now) != elapsed_->text()) {
+        refreshTime();
     }
 }
 

@@ -46,6 +46,7 @@ class PlayerBarView : public QWidget {
     void subscribe();
     void refreshTrack();
     void refreshDuration();
+    void followTime();
     void refreshTransport();
     void refreshModes();
     void refreshVolume();
