@@ -1,13 +1,5 @@
 // The entry: the state first, then the window on it. With "--test" the program also plays through
 // a small library of its own, prints what it saw, and ends.
-#include "platform/appearance/SystemAppearance.h"
-#include "platform/audio/Outputs.h"
-#include "platform/settings/Settings.h"
-#include "selftest/SelfTest.h"
-#include "state/AppState.h"
-#include "ui/mainwindow/MainWindow.h"
-#include "ui/theme/ThemeInstaller.h"
-
 #include <QApplication>
 
 #include <algorithm>
@@ -15,6 +7,16 @@
 #include <optional>
 #include <span>
 #include <string_view>
+
+#include "platform/appearance/SystemAppearance.h"
+#include "platform/audio/Outputs.h"
+#include "platform/settings/Settings.h"
+#include "selftest/SelfTest.h"
+#include "state/AppState.h"
+#include "ui/mainwindow/MainWindow.h"
+#include "ui/theme/FontPreload.h"
+#include "ui/theme/FontPreload.h"
+#include "ui/theme/ThemeInstaller.h"
 
 namespace {
 
@@ -39,10 +41,12 @@ AppState::Dependencies userDependencies() {
 }  // namespace
 
 int main(int argc, char** argv) {
+    preloadFonts();
     const bool isSelfTest = wantsSelfTest(argc, argv);
     if (isSelfTest && !hasDisplay()) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
+    preloadFonts();
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("Halvenor"));
     QApplication::setDesktopFileName(QStringLiteral("halvenor"));
