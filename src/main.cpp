@@ -1,8 +1,10 @@
 // The entry: the state first, then the window on it. With "--test" the program also plays through
 // a small library of its own, prints what it saw, and ends.
 #include <QApplication>
+#include <QTimer>
 
 #include <algorithm>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <span>
@@ -10,11 +12,11 @@
 
 #include "platform/appearance/SystemAppearance.h"
 #include "platform/audio/Outputs.h"
+#include "platform/desktop/Memory.h"
 #include "platform/settings/Settings.h"
 #include "selftest/SelfTest.h"
 #include "state/AppState.h"
 #include "ui/mainwindow/MainWindow.h"
-#include "ui/theme/FontPreload.h"
 #include "ui/theme/FontPreload.h"
 #include "ui/theme/ThemeInstaller.h"
 
@@ -60,6 +62,7 @@ int main(int argc, char** argv) {
     installTheme(state, application);
     MainWindow window(state);
     window.show();
+    QTimer::singleShot(std::chrono::seconds(1), &returnUnusedMemory);
 
     std::optional<SelfTest> selfTest;
     if (isSelfTest) {

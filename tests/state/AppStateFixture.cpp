@@ -1,11 +1,7 @@
 #include "AppStateFixture.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QtEndian>
-
-#include <filesystem>
-#include <fstream>
 
 namespace halvenor::test {
 
@@ -53,18 +49,11 @@ void AppStateFixture::startState() {
         std::move(output), folder("settings.json"), [this] { return appearance_; }));
 }
 
-FileUrl AppStateFixture::folder(const QByteArray& relative) const {
-    return FileUrl(QFile::encodeName(directory_.path())).appendingPathComponent(relative);
-}
-
 void AppStateFixture::makeFolder(const QByteArray& relative, const std::vector<QByteArray>& files) {
     static const QByteArray wav = shortWav();
-    const std::filesystem::path path(folder(relative).path().toStdString());
-    std::filesystem::create_directories(path);
+    directory_.makeFolder(relative);
     for (const QByteArray& name : files) {
-        std::ofstream file(path / name.toStdString(), std::ios::binary);
-        file.write(wav.constData(), wav.size());
-        ASSERT_TRUE(file.good());
+        directory_.makeFile(relative + '/' + name, wav);
     }
 }
 

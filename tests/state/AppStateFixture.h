@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QTemporaryDir>
-
 #include <gtest/gtest.h>
 #include <memory>
 #include <string_view>
@@ -10,6 +8,7 @@
 #include "state/AppState.h"
 #include "support/EventLoop.h"
 #include "support/ManualOutput.h"
+#include "support/TemporaryFolder.h"
 
 namespace halvenor::test {
 
@@ -23,7 +22,7 @@ class AppStateFixture : public testing::Test {
     AppState& state() { return *state_; }
     AudioEngineManager& engine() { return state_->audioEngine(); }
 
-    FileUrl folder(const QByteArray& relative) const;
+    FileUrl folder(const QByteArray& relative) const { return directory_.at(relative); }
     /// Makes the folder and, in it, a short stereo WAV file for each name.
     void makeFolder(const QByteArray& relative, const std::vector<QByteArray>& files = {});
 
@@ -42,7 +41,7 @@ class AppStateFixture : public testing::Test {
     ManualOutput* output_ = nullptr;
 
   private:
-    QTemporaryDir directory_;
+    TemporaryFolder directory_;
     std::unique_ptr<AppState> state_;
 };
 

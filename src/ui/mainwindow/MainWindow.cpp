@@ -32,7 +32,7 @@ constexpr QSize leastSize(920, 620);
 
 QIcon makeApplicationIcon() {
     QIcon icon;
-    for (const int side : {16, 24, 32, 48, 64, 128, 256}) {
+    for (const int side : {16, 24, 32, 48, 64, 128}) {
         icon.addPixmap(Symbols::applicationIcon(side));
     }
     return icon;

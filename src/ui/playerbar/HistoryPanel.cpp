@@ -16,8 +16,7 @@ constexpr int titleHeight = 50;
 constexpr int edge = 20;
 }  // namespace
 
-HistoryPanel::HistoryPanel(AppState& state, QWidget* parent)
-    : QWidget(parent), state_(state), list_(new HistoryList(state, this)) {
+HistoryPanel::HistoryPanel(AppState& state, QWidget* parent) : QWidget(parent), state_(state) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAccessibleName(QStringLiteral("History"));
     sliding_.setDuration(slideTime);
@@ -27,8 +26,6 @@ HistoryPanel::HistoryPanel(AppState& state, QWidget* parent)
         place();
     });
     connect(&sliding_, &QVariantAnimation::finished, this, [this] { setVisible(isShown_); });
-    subscription_ = state_.playbackHistory.subscribe([this](const auto&) { refresh(); });
-    refresh();
     hide();
 }
 
@@ -41,6 +38,7 @@ void HistoryPanel::setShown(bool isShown) {
     sliding_.setStartValue(inside_);
     sliding_.setEndValue(isShown ? 1.0 : 0.0);
     if (isShown) {
+        makeList();
         place();
         show();
         raise();
@@ -48,6 +46,16 @@ void HistoryPanel::setShown(bool isShown) {
         list_->clearFocus();
     }
     sliding_.start();
+}
+
+void HistoryPanel::makeList() {
+    if (list_ != nullptr) {
+        return;
+    }
+    list_ = new HistoryList(state_, this);
+    subscription_ = state_.playbackHistory.subscribe([this](const auto&) { refresh(); });
+    refresh();
+    layOut();
 }
 
 void HistoryPanel::setRestingPlace(const QRect& place) {
@@ -68,6 +76,12 @@ void HistoryPanel::refresh() {
 }
 
 void HistoryPanel::resizeEvent(QResizeEvent*) {
+    if (list_ != nullptr) {
+        layOut();
+    }
+}
+
+void HistoryPanel::layOut() {
     list_->setGeometry(QStyle::visualRect(
         layoutDirection(), rect(), QRect(1, titleHeight, width() - 1, height() - titleHeight)));
 }

@@ -28,11 +28,13 @@ class HistoryPanel : public QWidget {
     void resizeEvent(QResizeEvent* event) override;
 
   private:
+    void makeList();
+    void layOut();
     void refresh();
     void place();
 
     AppState& state_;
-    HistoryList* list_;
+    HistoryList* list_ = nullptr;  // made when it is first shown
     QVariantAnimation sliding_;
     QRect restingPlace_;
     bool isShown_ = false;

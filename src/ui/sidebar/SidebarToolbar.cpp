@@ -25,24 +25,16 @@ SidebarToolbar::SidebarToolbar(AppState& state, QWidget* parent)
       filter_(new IconButton(QStringLiteral("checkmark.circle"), symbolSize,
                              QStringLiteral("Show Checked Folders"), this)),
       add_(new IconButton(QStringLiteral("plus.circle"), symbolSize, QStringLiteral("Add Folder…"),
-                          this)),
-      query_(new QLineEdit(this)) {
+                          this)) {
     for (IconButton* button : {search_, filter_, add_}) {
         button->setPlate(true);
     }
     setAttribute(Qt::WA_OpaquePaintEvent);
-    query_->setPlaceholderText(QStringLiteral("Search"));
-    query_->setAccessibleName(QStringLiteral("Search folders"));
-    query_->setFont(HalvenorTheme::font(12));
-    query_->setTextMargins(4, 0, 4, 0);
-    query_->installEventFilter(this);
-    query_->hide();
-    setTabOrder(search_, query_);
-    setTabOrder(query_, filter_);
+    setTabOrder(search_, filter_);
     setTabOrder(filter_, add_);
 
     connect(search_, &QAbstractButton::clicked, this,
-            [this] { setSearchVisible(query_->isHidden()); });
+            [this] { setSearchVisible(!isSearchVisible()); });
     connect(filter_, &QAbstractButton::clicked, this,
             [this] { state_.showMarkedFoldersOnly = !*state_.showMarkedFoldersOnly; });
     connect(add_, &QAbstractButton::clicked, this, [this] {
@@ -50,20 +42,38 @@ SidebarToolbar::SidebarToolbar(AppState& state, QWidget* parent)
             onAddFolder();
         }
     });
-    connect(query_, &QLineEdit::textEdited, this,
-            [this](const QString& text) { state_.searchQuery = text; });
 
     subscriptions_.push_back(state_.rootFolders.subscribe([this](const auto&) { refresh(); }));
     subscriptions_.push_back(state_.showMarkedFoldersOnly.subscribe([this](bool) { refresh(); }));
+    refresh();
+}
+
+void SidebarToolbar::makeSearchField() {
+    query_ = new QLineEdit(*state_.searchQuery, this);
+    query_->setPlaceholderText(QStringLiteral("Search"));
+    query_->setAccessibleName(QStringLiteral("Search folders"));
+    query_->setFont(HalvenorTheme::font(12));
+    query_->setTextMargins(4, 0, 4, 0);
+    query_->installEventFilter(this);
+    setTabOrder(search_, query_);
+    setTabOrder(query_, filter_);
+    connect(query_, &QLineEdit::textEdited, this,
+            [this](const QString& text) { state_.searchQuery = text; });
     subscriptions_.push_back(state_.searchQuery.subscribe([this](const QString& text) {
         if (text != query_->text()) {
             query_->setText(text);
         }
     }));
-    refresh();
+}
+
+bool SidebarToolbar::isSearchVisible() const {
+    return query_ != nullptr && !query_->isHidden();
 }
 
 void SidebarToolbar::setSearchVisible(bool isVisible) {
+    if (query_ == nullptr) {
+        makeSearchField();
+    }
     query_->setVisible(isVisible);
     search_->setActive(isVisible);
     layOut();
@@ -98,13 +108,15 @@ void SidebarToolbar::layOut() {
     const int start = horizontalInset - 6;
     const int addLeft = end - buttonWidth;
     const int filterLeft = start + buttonWidth + spacing;
-    const int fieldLeft = filterLeft + buttonWidth + 2 * spacing;
     place(search_, start, buttonWidth);
     place(filter_, filterLeft, buttonWidth);
     place(add_, addLeft, buttonWidth);
-    query_->setGeometry(QStyle::visualRect(
-        layoutDirection(), rect(),
-        QRect(fieldLeft, top + 2, addLeft - 2 * spacing - fieldLeft, buttonHeight - 4)));
+    if (query_ != nullptr) {
+        const int fieldLeft = filterLeft + buttonWidth + 2 * spacing;
+        query_->setGeometry(QStyle::visualRect(
+            layoutDirection(), rect(),
+            QRect(fieldLeft, top + 2, addLeft - 2 * spacing - fieldLeft, buttonHeight - 4)));
+    }
 }
 
 void SidebarToolbar::resizeEvent(QResizeEvent*) {

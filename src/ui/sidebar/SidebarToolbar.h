@@ -27,7 +27,9 @@ class SidebarToolbar : public QWidget {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
+    bool isSearchVisible() const;
     void setSearchVisible(bool isVisible);
+    void makeSearchField();
     void refresh();
     void layOut();
 
@@ -35,7 +37,7 @@ class SidebarToolbar : public QWidget {
     IconButton* search_;
     IconButton* filter_;
     IconButton* add_;
-    QLineEdit* query_;
+    QLineEdit* query_ = nullptr;  // made when it is first shown
     Subscriptions subscriptions_;
 };
 
