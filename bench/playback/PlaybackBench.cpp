@@ -3,74 +3,33 @@
 // the same file once in a plain loop. The server's own time is not counted.
 //
 // Usage: bench_playback [SECONDS [SINK-RATE]]
-#include <QDir>
 #include <QTemporaryDir>
 
 #include <chrono>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <future>
-#include <random>
-#include <sys/resource.h>
-#include <vector>
 
 #include "platform/audio/AudioEngine.h"
 #include "platform/audio/Outputs.h"
 #include "platform/audio/PlayerNode.h"
 #include "platform/decode/AudioFile.h"
-#include "selftest/audiowriter/AudioWriter.h"
+#include "support/PlayedMusic.h"
 #include "support/SoundServer.h"
 
 using namespace halvenor;
+using bench::Usage;
+using bench::usedSoFar;
 
 namespace {
 
-struct Usage {
-    double seconds;
-    long switches;
-};
-
-Usage used() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](timeval time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
-    };
-    return {seconds(usage.ru_utime) + seconds(usage.ru_stime), usage.ru_nvcsw};
-}
-
-/// Tones and noise: compresses about as music does.
-FileUrl makeMusic(const QTemporaryDir& folder, int seconds) {
-    std::minstd_rand random(1);
-    std::uniform_real_distribution<float> noise(-0.02F, 0.02F);
-    std::vector<float> samples;
-    for (int i = 0; i < seconds * 44100; ++i) {
-        const auto tone = static_cast<float>(0.4 * std::sin(i * 0.03 + 2e-7 * i * double(i)));
-        samples.push_back(tone + noise(random));
-        samples.push_back(tone * 0.7F + noise(random));
-    }
-    const FileUrl url = FileUrl(folder.path().toUtf8()).appendingPathComponent("music.flac");
-    writeAudioFile(url, AudioFileType::flac16, samples, 44100, 2);
-    return url;
-}
-
-double decodeOnce(const FileUrl& url) {
-    const Usage before = used();
-    const auto file = AudioFile::open(url);
-    std::vector<float> samples(8192 * 2);
-    while (file->read(samples.data(), 8192) > 0) {
-    }
-    return used().seconds - before.seconds;
-}
-
 Usage play(PlayerNode& node, const FileUrl& url) {
     std::promise<void> ended;
-    const Usage before = used();
+    const Usage before = usedSoFar();
     node.scheduleFile(AudioFile::open(url), [&](CompletionCallbackType) { ended.set_value(); });
     node.play();
     ended.get_future().wait();
-    const Usage after = used();
+    const Usage after = usedSoFar();
     node.stop();
     node.waitUntilIdle();
     return {after.seconds - before.seconds, after.switches - before.switches};
@@ -82,16 +41,13 @@ int main(int argc, char** argv) {
     const int seconds = argc > 1 ? std::atoi(argv[1]) : 30;
     const int rate = argc > 2 ? std::atoi(argv[2]) : 44100;
     const QTemporaryDir folder;
-    const FileUrl url = makeMusic(folder, seconds);
+    const FileUrl url = bench::writeMusic(FileUrl(folder.path().toUtf8()), seconds);
     test::SoundServer server({rate, 2});
     if (!server.isRunning()) {
         std::fprintf(stderr, "no sound server\n");
         return 1;
     }
-    double decoding = decodeOnce(url);  // the first time loads the libraries
-    for (int i = 0; i < 3; ++i) {
-        decoding = i == 0 ? decodeOnce(url) : std::min(decoding, decodeOnce(url));
-    }
+    const double decoding = bench::secondsToDecode(url);
     PlayerNode node;
     AudioEngine engine(makeSystemOutput(QStringLiteral("Halvenor")), node);
     engine.start();

@@ -9,18 +9,14 @@
 
 #include <algorithm>
 #include <chrono>
-#include <cmath>
 #include <cstdio>
-#include <random>
-#include <sys/resource.h>
 #include <vector>
 
 #include "enrichment/BareReading.h"
 #include "platform/audio/Outputs.h"
-#include "platform/decode/AudioFile.h"
-#include "selftest/audiowriter/AudioWriter.h"
 #include "state/AppState.h"
 #include "support/MusicFolder.h"
+#include "support/PlayedMusic.h"
 #include "support/SoundServer.h"
 #include "support/XServer.h"
 #include "ui/mainwindow/MainWindow.h"
@@ -44,15 +40,6 @@ double since(Clock::time_point start) {
 double median(std::vector<double> values) {
     std::ranges::sort(values);
     return values[values.size() / 2];
-}
-
-double processorSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](timeval time) {
-        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
 void runEventsFor(std::chrono::milliseconds duration) {
@@ -122,40 +109,10 @@ void measureEnrichment(AppState& state) {
     state.removeFolder(music.url());
 }
 
-// Tones and noise: compresses about as music does.
-FileUrl writeMusic(const FileUrl& folder) {
-    std::minstd_rand random(1);
-    std::uniform_real_distribution<float> noise(-0.02F, 0.02F);
-    std::vector<float> samples;
-    for (int i = 0; i < musicSeconds * 44100; ++i) {
-        const auto tone = static_cast<float>(0.4 * std::sin(i * 0.03 + 2e-7 * i * double(i)));
-        samples.push_back(tone + noise(random));
-        samples.push_back(tone * 0.7F + noise(random));
-    }
-    const FileUrl url = folder.appendingPathComponent("music.flac");
-    AudioFileTags tags;
-    tags.title = QStringLiteral("Four minutes of music");
-    writeAudioFile(url, AudioFileType::flac16, samples, 44100, 2, tags);
-    return url;
-}
-
-double decodeOnce(const FileUrl& url) {
-    const double before = processorSeconds();
-    const auto file = AudioFile::open(url);
-    std::vector<float> samples(8192 * 2);
-    while (file->read(samples.data(), 8192) > 0) {
-    }
-    return processorSeconds() - before;
-}
-
 void measurePlaying(AppState& state, MainWindow& window) {
     const QTemporaryDir directory;
     const FileUrl folder(QFile::encodeName(directory.path()));
-    const FileUrl music = writeMusic(folder);
-    double decoding = decodeOnce(music);
-    for (int i = 0; i < 3; ++i) {
-        decoding = std::min(decoding, decodeOnce(music));
-    }
+    const double decoding = bench::secondsToDecode(bench::writeMusic(folder, musicSeconds));
     // What the same minutes cost: a second of playing beside a second of decoding.
     const double decodingPerSecond = decoding / musicSeconds;
     state.openDirectory(folder);
@@ -164,10 +121,10 @@ void measurePlaying(AppState& state, MainWindow& window) {
         state.play(state.playbackQueue->first());
         window.setVisible(isShown);
         runEventsFor(3s);  // the beginning decodes further ahead than the rest
-        const double before = processorSeconds();
+        const double before = bench::usedSoFar().seconds;
         runEventsFor(playingTime);
-        const double perSecond =
-            (processorSeconds() - before) / std::chrono::duration<double>(playingTime).count();
+        const double perSecond = (bench::usedSoFar().seconds - before) /
+                                 std::chrono::duration<double>(playingTime).count();
         std::printf(
             "playing FLAC 44.1/16 with the window %s: %.2f ms of processor a second, "
             "decoding %.2f, ratio %.2f (bound %d)\n",
