@@ -43,13 +43,13 @@ AppState::Dependencies userDependencies() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    preloadFonts();
+    FontPreload fonts;
     const bool isSelfTest = wantsSelfTest(argc, argv);
     if (isSelfTest && !hasDisplay()) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
-    preloadFonts();
     QApplication application(argc, argv);
+    fonts.applicationIsReady();
     QApplication::setApplicationName(QStringLiteral("Halvenor"));
     QApplication::setDesktopFileName(QStringLiteral("halvenor"));
 
@@ -62,6 +62,7 @@ int main(int argc, char** argv) {
     installTheme(state, application);
     MainWindow window(state);
     window.show();
+    fonts.finish();
     QTimer::singleShot(std::chrono::seconds(1), &returnUnusedMemory);
 
     std::optional<SelfTest> selfTest;

@@ -215,10 +215,11 @@ void PlayerBarView::showMenu() {
     menu->popup(corner - QPoint(size.width(), size.height() + 4));
 }
 
-// ---- Layout and painting
-// -------------------------------------------------------------------------
-
+// Measures text, so it waits until there is something to show.
 void PlayerBarView::layOut() {
+    if (!isVisible()) {
+        return;
+    }
     const int top = (height() - stripHeight) / 2;
     const auto place = [this, top](QWidget* widget, int left, const QSize& size) {
         const QRect rect(left, top + (stripHeight - size.height()) / 2, size.width(),
@@ -264,6 +265,7 @@ void PlayerBarView::resizeEvent(QResizeEvent*) {
 }
 
 void PlayerBarView::showEvent(QShowEvent*) {
+    layOut();
     refreshTime();
 }
 

@@ -1,13 +1,23 @@
 #include "ui/theme/FontPreload.h"
 
+#include <QFontDatabase>
+#include <QStringList>
+
 #include <fontconfig/fontconfig.h>
-#include <thread>
 
 namespace halvenor {
 
-// Whoever asks for fonts meanwhile makes a list too, and the first one done is kept.
-void preloadFonts() {
-    std::thread([] { FcInit(); }).detach();
+FontPreload::FontPreload()
+    : thread_([this] {
+          FcInit();
+          application_.wait();
+          QFontDatabase::families();
+      }) {}
+
+void FontPreload::finish() {
+    if (thread_.joinable()) {
+        thread_.join();
+    }
 }
 
 }  // namespace halvenor

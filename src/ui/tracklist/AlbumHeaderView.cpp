@@ -42,6 +42,7 @@ AlbumHeaderView::AlbumHeaderView(AppState& state, QWidget* parent)
             state_.toggleFolderMarked(*folder);
         }
     });
+    hide();
     refreshTimer_.setSingleShot(true);
     refreshTimer_.setInterval(repaintInterval);
     connect(&refreshTimer_, &QTimer::timeout, this, [this] { refresh(); });
@@ -106,7 +107,11 @@ QRect AlbumHeaderView::textRect() const {
     return {textLeft, coverTop, width() - textLeft - edge, coverSide};
 }
 
+// Measures text, so it waits until there is something to show.
 void AlbumHeaderView::layOut() {
+    if (isHidden()) {
+        return;
+    }
     const auto place = [this](QWidget* widget, const QRect& rect) {
         widget->setGeometry(QStyle::visualRect(layoutDirection(), this->rect(), rect));
     };
@@ -117,6 +122,10 @@ void AlbumHeaderView::layOut() {
     const int line = QFontMetrics(HalvenorTheme::font(12)).horizontalAdvance(itemsLine());
     const QSize sign = progress_->sizeHint();
     place(progress_, {QPoint(text.left() + line + 12, text.top() + 70 - sign.height() / 2), sign});
+}
+
+void AlbumHeaderView::showEvent(QShowEvent*) {
+    layOut();
 }
 
 void AlbumHeaderView::resizeEvent(QResizeEvent*) {

@@ -28,6 +28,7 @@ class AlbumHeaderView : public QWidget {
   protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
   private:
     void fillMenu(QMenu& menu);
