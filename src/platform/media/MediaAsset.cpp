@@ -1,52 +1,22 @@
 #include "platform/media/MediaAsset.h"
 
 #include <algorithm>
-#include <array>
 #include <sys/stat.h>
 
+#include "base/Error.h"
+#include "base/LateLibrary.h"
 #include "platform/decode/StreamInfo.h"
-#include "platform/media/TagReaders.h"
 
 namespace halvenor {
 
 namespace {
 
-bool isMp4(const uint8_t* start) {
-    // QuickTime's older files begin without the type atom.
-    const uint8_t* code = start + 4;
-    return isCode(code, "ftyp") || isCode(code, "moov") || isCode(code, "mdat") ||
-           isCode(code, "wide") || isCode(code, "free") || isCode(code, "skip");
-}
-
-void readMpegOrUnknown(ByteSource& bytes, ItemSink& sink) {
-    readId3v1Items(bytes, sink);
-    readApeItems(bytes, sink);
-    readId3v2Items(bytes, 0, sink);
-}
-
-// The kind of file by what stands at its beginning, or behind an ID3v2 tag.
-void readItems(ByteSource& bytes, ItemSink& sink) {
-    const int64_t begin = id3v2TagSize(bytes, 0);
-    std::array<uint8_t, 12> start{};
-    bytes.read(begin, start);
-    const uint8_t* p = start.data();
-    if (isCode(p, "fLaC")) {
-        readId3v1Items(bytes, sink);
-        readId3v2Items(bytes, 0, sink);
-        readFlacItems(bytes, begin, sink);
-    } else if (begin == 0 && isCode(p, "OggS")) {
-        readOggItems(bytes, sink);
-    } else if (begin == 0 && (isCode(p, "RIFF") || isCode(p, "RF64")) && isCode(p + 8, "WAVE")) {
-        readWaveItems(bytes, sink);
-    } else if (begin == 0 && isCode(p, "FORM") &&
-               (isCode(p + 8, "AIFF") || isCode(p + 8, "AIFC"))) {
-        readAiffItems(bytes, sink);
-    } else if (begin == 0 && isMp4(p)) {
-        readMp4Items(bytes, sink);
-    } else {
-        readMpegOrUnknown(bytes, sink);
-    }
-}
+// TagLib costs every start milliseconds and memory, so the readers that need it lie in a library of
+// their own, which is loaded with the first tag.
+constinit const LateLibrary tagReaders("libhalvenor-tagreaders.so",
+                                       "The part of Halvenor that reads tags is not installed.");
+constinit const LateFunction<void(ByteSource&, MediaAsset&)> readTagItems(tagReaders,
+                                                                          "halvenorReadTagItems");
 
 void readStreams(const std::shared_ptr<ByteSource>& bytes, MediaAsset& asset) {
     const auto info = readStreamInfo(bytes);
@@ -71,6 +41,10 @@ template <class Part>
 void readPart(Part part) {
     try {
         part();
+    } catch (const Error& error) {
+        if (error.kind() == ErrorKind::unavailable) {
+            qWarning("%s", error.what());  // A part of the program is missing, not of the file.
+        }
     } catch (const std::exception&) {
     }
 }
@@ -86,9 +60,7 @@ MediaAsset MediaAsset::open(const FileUrl& url) {
         return asset;
     }
     asset.fileSize = bytes->size();
-    ItemSink sink;
-    readPart([&] { readItems(*bytes, sink); });
-    sink.moveInto(asset);
+    readPart([&] { readTagItems(*bytes, asset); });
     readPart([&] { readStreams(bytes, asset); });
     return asset;
 }
