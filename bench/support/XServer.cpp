@@ -1,12 +1,12 @@
 #include "support/XServer.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <stdexcept>
+#include <string>
 #include <thread>
 
 namespace halvenor::bench {
@@ -20,14 +20,12 @@ struct Free {
 };
 
 // The server chooses a free display and writes its number into `file` once it answers.
-QByteArray displayIn(const QString& file) {
+std::string displayIn(const std::string& file) {
     for (int attempt = 0; attempt < 500; ++attempt) {
-        QFile reader(file);
-        if (reader.open(QIODevice::ReadOnly)) {
-            const QByteArray line = reader.readAll();
-            if (line.endsWith('\n')) {
-                return ":" + line.trimmed();
-            }
+        std::ifstream reader(file);
+        std::string number;
+        if (std::getline(reader, number) && !reader.eof()) {
+            return ":" + number;
         }
         std::this_thread::sleep_for(20ms);
     }
@@ -37,16 +35,20 @@ QByteArray displayIn(const QString& file) {
 }  // namespace
 
 XServer::XServer() : connection_(nullptr, &xcb_disconnect) {
-    const QTemporaryDir folder;
-    const QString file = folder.filePath(QStringLiteral("display"));
+    std::string folder = std::filesystem::temp_directory_path() / "display-XXXXXX";
+    if (mkdtemp(folder.data()) == nullptr) {
+        throw std::runtime_error("no temporary folder can be made");
+    }
+    const std::string file = folder + "/number";
     test::ChildProcess::Setup setup;
     setup.command = {"Xvfb", "-displayfd", "1", "-screen", "0", "1280x800x24", "-nolisten", "tcp"};
-    setup.outputFile = file.toStdString();
+    setup.outputFile = file;
     process_ = test::ChildProcess(setup);
-    const QByteArray display = displayIn(file);
-    qputenv("DISPLAY", display);
-    qputenv("QT_QPA_PLATFORM", "xcb");
-    connection_.reset(xcb_connect(display.constData(), nullptr));
+    const std::string display = displayIn(file);
+    std::filesystem::remove_all(folder);
+    setenv("DISPLAY", display.c_str(), 1);
+    setenv("QT_QPA_PLATFORM", "xcb", 1);
+    connection_.reset(xcb_connect(display.c_str(), nullptr));
     if (xcb_connection_has_error(connection_.get()) != 0) {
         throw std::runtime_error("the X server does not answer");
     }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QByteArray>
-
 #include <cstdint>
 #include <memory>
 #include <xcb/xcb.h>

@@ -1,8 +1,5 @@
 #include "support/ChildProcess.h"
 
-#include <QFile>
-#include <QTemporaryDir>
-
 #include <csignal>
 #include <fcntl.h>
 #include <spawn.h>
@@ -93,15 +90,6 @@ int ChildProcess::wait() {
         return -1;
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-QByteArray ChildProcess::run(Setup setup) {
-    const QTemporaryDir directory;
-    const QString path = directory.filePath(QStringLiteral("output"));
-    setup.outputFile = path.toStdString();
-    ChildProcess(setup).wait();
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 }  // namespace halvenor::test

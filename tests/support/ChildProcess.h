@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QByteArray>
-
 #include <map>
 #include <string>
 #include <sys/types.h>
@@ -37,9 +35,6 @@ class ChildProcess {
     void kill();
     /// Waits for its own end. @return the exit status; -1 when a signal ended it
     int wait();
-
-    /// Runs a program to its end. @return its standard output
-    static QByteArray run(Setup setup);
 
   private:
     pid_t id_ = -1;

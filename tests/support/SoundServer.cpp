@@ -33,6 +33,16 @@ std::string sinkArguments(const std::string& name, AudioFormat format) {
            " channels=" + std::to_string(format.channels) + " format=float32le norewinds=1";
 }
 
+/// Runs a program to its end. @return its standard output
+QByteArray outputOf(ChildProcess::Setup setup) {
+    const QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("output"));
+    setup.outputFile = path.toStdString();
+    ChildProcess(setup).wait();
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 }  // namespace
 
 SoundServer::SoundServer(AudioFormat sinkFormat)
@@ -81,7 +91,7 @@ void SoundServer::kill() {
 QByteArray SoundServer::pactl(const std::vector<std::string>& arguments) const {
     ChildProcess::Setup setup{.command = {"pactl"}, .environment = environment()};
     setup.command.insert(setup.command.end(), arguments.begin(), arguments.end());
-    return ChildProcess::run(setup);
+    return outputOf(setup);
 }
 
 QByteArray SoundServer::loadSink(const QByteArray& name, AudioFormat format) {
