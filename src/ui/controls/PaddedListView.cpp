@@ -1,5 +1,6 @@
 #include "ui/controls/PaddedListView.h"
 
+#include <QAbstractItemDelegate>
 #include <QCursor>
 #include <QMouseEvent>
 #include <QScrollBar>
@@ -9,7 +10,29 @@
 
 namespace halvenor {
 
-PaddedListView::PaddedListView(int top, int bottom, std::function<QColor()> surface,
+namespace {
+
+class RowDelegate : public QAbstractItemDelegate {
+  public:
+    RowDelegate(PaddedListView* view, int rowHeight)
+        : QAbstractItemDelegate(view), view_(view), rowHeight_(rowHeight) {}
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override {
+        view_->paintRow(*painter, option.rect, index.row());
+    }
+    QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override {
+        return {100, rowHeight_};
+    }
+
+  private:
+    PaddedListView* view_;
+    int rowHeight_;
+};
+
+}  // namespace
+
+PaddedListView::PaddedListView(int rowHeight, int top, int bottom, std::function<QColor()> surface,
                                QWidget* parent)
     : QListView(parent), surface_(std::move(surface)), top_(top), bottom_(bottom) {
     applySurface();
@@ -17,6 +40,7 @@ PaddedListView::PaddedListView(int top, int bottom, std::function<QColor()> surf
     setUniformItemSizes(true);
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setItemDelegate(new RowDelegate(this, rowHeight));
     setSelectionMode(NoSelection);
     setEditTriggers(NoEditTriggers);
     setDragDropMode(NoDragDrop);

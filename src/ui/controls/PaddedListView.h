@@ -15,8 +15,13 @@ class PaddedListView : public QListView {
   public:
     enum class Anchor { nearest, centre };
 
+    /// @param rowHeight, top, bottom pixels: of each row, and of the room above and below them all
     /// @param surface the colour of the pane, for the theme that is active when it is asked
-    PaddedListView(int top, int bottom, std::function<QColor()> surface, QWidget* parent);
+    PaddedListView(int rowHeight, int top, int bottom, std::function<QColor()> surface,
+                   QWidget* parent);
+
+    /// Paints one row of the model into `rect`.
+    virtual void paintRow(QPainter& painter, const QRect& rect, int row) const = 0;
 
     /// The row under the pointer, or -1.
     int hoveredRow() const { return hoveredRow_; }

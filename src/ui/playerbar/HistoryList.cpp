@@ -1,6 +1,5 @@
 #include "ui/playerbar/HistoryList.h"
 
-#include <QAbstractItemDelegate>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QStyle>
@@ -25,29 +24,14 @@ constexpr int rowHeight = 62;
 constexpr int artworkSide = 50;
 constexpr int durationWidth = 44;
 
-class HistoryRowDelegate : public QAbstractItemDelegate {
-  public:
-    explicit HistoryRowDelegate(HistoryList* view) : QAbstractItemDelegate(view), view_(view) {}
-
-    void paint(QPainter* painter, const QStyleOptionViewItem& option,
-               const QModelIndex& index) const override {
-        view_->paintRow(*painter, option.rect, index.row());
-    }
-    QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override {
-        return {100, rowHeight};
-    }
-
-  private:
-    HistoryList* view_;
-};
-
 }  // namespace
 
 HistoryList::HistoryList(AppState& state, QWidget* parent)
-    : PaddedListView(0, 12, &surface, parent), state_(state), model_(new TrackListModel(this)) {
+    : PaddedListView(rowHeight, 0, 12, &surface, parent),
+      state_(state),
+      model_(new TrackListModel(this)) {
     setAccessibleName(QStringLiteral("History"));
     setModel(model_);
-    setItemDelegate(new HistoryRowDelegate(this));
     coverReady_ = CoverCache::shared().changed.subscribe([this](bool) { viewport()->update(); });
 }
 

@@ -18,8 +18,7 @@ class HistoryList : public PaddedListView {
     static QColor surface();
 
     void showTracks(const TrackList& tracks);
-    /// Draws one row; for the delegate.
-    void paintRow(QPainter& painter, const QRect& rect, int row) const;
+    void paintRow(QPainter& painter, const QRect& rect, int row) const override;
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;

@@ -1,6 +1,5 @@
 #include "ui/sidebar/FolderTreeView.h"
 
-#include <QAbstractItemDelegate>
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMenu>
@@ -25,22 +24,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-class FolderRowDelegate : public QAbstractItemDelegate {
-  public:
-    explicit FolderRowDelegate(FolderTreeView* view) : QAbstractItemDelegate(view), view_(view) {}
-
-    void paint(QPainter* painter, const QStyleOptionViewItem& option,
-               const QModelIndex& index) const override {
-        view_->paintRow(*painter, option.rect, index.row());
-    }
-    QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override {
-        return {100, FolderRowParts::rowHeight};
-    }
-
-  private:
-    FolderTreeView* view_;
-};
-
 // Drawn by hand: a symbol that is turned after it was rendered is no longer crisp.
 void paintChevron(QPainter& painter, const QPointF& centre, bool isExpanded,
                   Qt::LayoutDirection direction, const QColor& colour) {
@@ -60,11 +43,12 @@ QColor surface() {
 }  // namespace
 
 FolderTreeView::FolderTreeView(AppState& state, QWidget* parent)
-    : PaddedListView(4, 16, &surface, parent), state_(state), model_(new FolderTreeModel(this)) {
+    : PaddedListView(FolderRowParts::rowHeight, 4, 16, &surface, parent),
+      state_(state),
+      model_(new FolderTreeModel(this)) {
     setAccessibleName(QStringLiteral("Folders"));
     model_->describe = [this](const FolderRow& row) { return describe(row); };
     setModel(model_);
-    setItemDelegate(new FolderRowDelegate(this));
     searchDelay_.setSingleShot(true);
     searchDelay_.setInterval(400ms);
     connect(&searchDelay_, &QTimer::timeout, this, [this] { viewport()->update(); });
@@ -170,9 +154,6 @@ QString FolderTreeView::describe(const FolderRow& row) const {
     return words.join(QStringLiteral(", "));
 }
 
-// ---- Keyboard
-// ------------------------------------------------------------------------------------
-
 void FolderTreeView::keyPressEvent(QKeyEvent* event) {
     if (isRebuildScheduled_) {
         rebuild();  // A key that follows fast must see what the one before it did.
@@ -238,9 +219,6 @@ void FolderTreeView::showFolder(const QByteArray& id) {
         selectionModel()->setCurrentIndex(model_->index(row), QItemSelectionModel::NoUpdate);
     }
 }
-
-// ---- Pointer
-// -------------------------------------------------------------------------------------
 
 void FolderTreeView::rowClicked(int row, const QPoint& place, Qt::KeyboardModifiers) {
     const FolderRow clicked = model_->row(row);
@@ -309,9 +287,6 @@ void FolderTreeView::showMenu(const FolderRow& row, const QPoint& globalPlace) {
     }
     menu->popup(globalPlace);
 }
-
-// ---- Painting
-// ------------------------------------------------------------------------------------
 
 void FolderTreeView::paintEvent(QPaintEvent* event) {
     hasPaintedSpinner_ = false;

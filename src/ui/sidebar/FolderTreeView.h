@@ -20,8 +20,7 @@ class FolderTreeView : public PaddedListView {
 
     FolderTreeModel& treeModel() { return *model_; }
 
-    /// Draws one row; for the delegate.
-    void paintRow(QPainter& painter, const QRect& rect, int row) const;
+    void paintRow(QPainter& painter, const QRect& rect, int row) const override;
 
   protected:
     void paintEvent(QPaintEvent* event) override;

@@ -1,6 +1,5 @@
 #include "ui/tracklist/TrackListView.h"
 
-#include <QAbstractItemDelegate>
 #include <QContextMenuEvent>
 #include <QKeyEvent>
 #include <QMenu>
@@ -26,22 +25,6 @@ namespace {
 
 constexpr int padding = 25;
 constexpr auto repaintInterval = 33ms;
-
-class TrackRowDelegate : public QAbstractItemDelegate {
-  public:
-    explicit TrackRowDelegate(TrackListView* view) : QAbstractItemDelegate(view), view_(view) {}
-
-    void paint(QPainter* painter, const QStyleOptionViewItem& option,
-               const QModelIndex& index) const override {
-        view_->paintRow(*painter, option.rect, index.row());
-    }
-    QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override {
-        return {100, TrackListView::rowHeight};
-    }
-
-  private:
-    TrackListView* view_;
-};
 
 // The columns of a row: number, title over artist, format, duration.
 struct TrackRowParts {
@@ -82,12 +65,11 @@ QColor surface() {
 }  // namespace
 
 TrackListView::TrackListView(AppState& state, QWidget* parent)
-    : PaddedListView(0, padding, &surface, parent),
+    : PaddedListView(rowHeight, 0, padding, &surface, parent),
       state_(state),
       model_(new TrackListModel(this)) {
     setAccessibleName(QStringLiteral("Tracks"));
     setModel(model_);
-    setItemDelegate(new TrackRowDelegate(this));
     repaintTimer_.setSingleShot(true);
     repaintTimer_.setInterval(repaintInterval);
     connect(&repaintTimer_, &QTimer::timeout, this, [this] { viewport()->update(); });
@@ -107,9 +89,6 @@ bool TrackListView::showTracks(const TrackList& tracks) {
     }
     return false;
 }
-
-// ---- Selection
-// -----------------------------------------------------------------------------------
 
 bool TrackListView::isSelected(const Track& track) const {
     return state_.selectedTrackIDs->contains(track.id());
@@ -210,9 +189,6 @@ void TrackListView::contextMenuEvent(QContextMenuEvent* event) {
     menu->popup(isByKey ? viewport()->mapToGlobal(visualRect(model_->index(row)).center())
                         : event->globalPos());
 }
-
-// ---- Painting
-// ------------------------------------------------------------------------------------
 
 void TrackListView::paintRow(QPainter& painter, const QRect& rect, int row) const {
     const Track& track = model_->tracks()[row];

@@ -22,8 +22,7 @@ class TrackListView : public PaddedListView {
     /// changes at a time. @return whether the rows are others
     bool showTracks(const TrackList& tracks);
 
-    /// Draws one row; for the delegate.
-    void paintRow(QPainter& painter, const QRect& rect, int row) const;
+    void paintRow(QPainter& painter, const QRect& rect, int row) const override;
 
   protected:
     void keyPressEvent(QKeyEvent* event) override;
