@@ -26,6 +26,10 @@ class AppStateFixture : public testing::Test {
     /// Makes the folder and, in it, a short stereo WAV file for each name.
     void makeFolder(const QByteArray& relative, const std::vector<QByteArray>& files = {});
 
+    void makeFile(const QByteArray& relative, const QByteArray& contents) const {
+        directory_.makeFile(relative, contents);
+    }
+
     FolderItem item(const QByteArray& relative) const { return FolderItem(folder(relative), true); }
     /// Opens the folder and waits until it is listed and its tags are read.
     void openAndRead(const QByteArray& relative);

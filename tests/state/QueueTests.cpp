@@ -178,6 +178,31 @@ TEST_F(QueueTest, anUnreadableFileIsToldWithItsTitle) {
     EXPECT_FALSE(*engine().isPlaying);
 }
 
+// What is listed can be anything. Each file is told by its name, and the music that plays goes on.
+TEST_F(QueueTest, filesThatHoldNoMusicAreToldAndPassedOverByTheTagReader) {
+    const QByteArray noise = QByteArray("no music here \0\xFF\xFB\x90", 18).repeated(300);
+    const QList<QByteArray> extensions{"mp3", "m4a", "flac", "wav", "aiff",
+                                       "aif", "aac", "ogg",  "alac"};
+    makeFolder("junk");
+    for (const QByteArray& extension : extensions) {
+        makeFile("junk/noise." + extension, noise);
+        makeFile("junk/void." + extension, {});
+    }
+    state().play(shown(0));
+    openAndRead("junk");
+    ASSERT_EQ(state().playbackQueue->size(), 2 * extensions.size());
+    const TrackList junk = *state().playbackQueue;
+    for (const Track& track : junk) {
+        EXPECT_EQ(track.artist(), QStringLiteral("Unknown Artist")) << track.id().constData();
+        state().playbackErrorMessage = std::nullopt;
+        state().play(track);
+        ASSERT_TRUE(spinUntil([&] { return state().playbackErrorMessage->has_value(); }))
+            << track.id().constData();
+        EXPECT_EQ(current(), "1");
+        EXPECT_TRUE(*engine().isPlaying);
+    }
+}
+
 TEST_F(QueueTest, noSoundServerIsTold) {
     output_->openFailure = "No sound server is running.";
     state().play(shown(0));
