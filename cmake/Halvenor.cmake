@@ -7,7 +7,11 @@ target_compile_definitions(
                                QT_NO_KEYWORDS QT_NO_FOREACH QT_NO_NARROWING_CONVERSIONS_IN_CONNECT)
 target_compile_options(halvenor_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
                                                   -Woverloaded-virtual -Wcast-qual -Werror)
-if(HALVENOR_SANITIZE)
+if(NOT HALVENOR_SANITIZE)
+    # Functions that nothing calls are left out of the programs.
+    target_compile_options(halvenor_options INTERFACE -ffunction-sections -fdata-sections)
+    add_link_options(-Wl,--gc-sections)
+else()
     target_compile_options(halvenor_options INTERFACE -fsanitize=${HALVENOR_SANITIZE}
                                                       -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(halvenor_options INTERFACE -fsanitize=${HALVENOR_SANITIZE})
