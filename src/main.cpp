@@ -43,11 +43,11 @@ AppState::Dependencies userDependencies() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    FontPreload fonts;
     const bool isSelfTest = wantsSelfTest(argc, argv);
     if (isSelfTest && !hasDisplay()) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
+    FontPreload fonts;  // Its thread reads the environment, which is not changed from here on.
     QApplication application(argc, argv);
     fonts.applicationIsReady();
     QApplication::setApplicationName(QStringLiteral("Halvenor"));

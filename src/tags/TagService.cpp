@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "model/AudioExtensions.h"
 #include "tags/TagReading.h"
 
 namespace halvenor {
@@ -38,9 +39,7 @@ TagService& TagService::shared() {
 }
 
 const QSet<QByteArray>& TagService::supportedExtensions() {
-    static const QSet<QByteArray> extensions{"mp3", "m4a", "flac", "wav", "aiff",
-                                             "aif", "aac", "ogg",  "alac"};
-    return extensions;
+    return halvenor::supportedExtensions();
 }
 
 bool TagService::isSupportedAudioFile(const FileUrl& url) {

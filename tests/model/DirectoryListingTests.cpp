@@ -5,6 +5,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include "model/AudioExtensions.h"
 #include "model/scanner/DirectoryListing.h"
 #include "support/TemporaryFolder.h"
 

@@ -1,41 +1,11 @@
 #include "AppStateFixture.h"
 
 #include <QCoreApplication>
-#include <QtEndian>
+
+#include "selftest/audiowriter/AudioWriter.h"
+#include "support/MediaLibrary.h"
 
 namespace halvenor::test {
-
-namespace {
-
-template <class Integer>
-void append(QByteArray& bytes, Integer value) {
-    const Integer little = qToLittleEndian(value);
-    bytes.append(reinterpret_cast<const char*>(&little), sizeof little);
-}
-
-QByteArray shortWav() {
-    constexpr uint16_t channels = 2;
-    constexpr uint32_t rate = 44100;
-    constexpr uint32_t dataSize = framesPerTrack * channels * 2;
-    QByteArray wav("RIFF");
-    append<uint32_t>(wav, 36 + dataSize);
-    wav += "WAVEfmt ";
-    append<uint32_t>(wav, 16);
-    append<uint16_t>(wav, 1);  // integer samples
-    append<uint16_t>(wav, channels);
-    append<uint32_t>(wav, rate);
-    append<uint32_t>(wav, rate * channels * 2);
-    append<uint16_t>(wav, channels * 2);
-    append<uint16_t>(wav, 16);
-    wav += "data";
-    append<uint32_t>(wav, dataSize);
-    for (int i = 0; i < framesPerTrack * channels; ++i) {
-        append<int16_t>(wav, static_cast<int16_t>(i * 7 % 20000 - 10000));
-    }
-    return wav;
-}
-
-}  // namespace
 
 AppStateFixture::AppStateFixture() {
     startState();
@@ -50,7 +20,14 @@ void AppStateFixture::startState() {
 }
 
 void AppStateFixture::makeFolder(const QByteArray& relative, const std::vector<QByteArray>& files) {
-    static const QByteArray wav = shortWav();
+    // Without tags: a track's title is its file's name.
+    static const QByteArray wav = [] {
+        const FileUrl place = MediaLibrary::shared().place("plain.wav");
+        const Signal signal = makeSignal(framesPerTrack);
+        writeAudioFile(place, AudioFileType::wave16, signal.samples, signal.sampleRate,
+                       signal.channels);
+        return readBytes(place);
+    }();
     directory_.makeFolder(relative);
     for (const QByteArray& name : files) {
         directory_.makeFile(relative + '/' + name, wav);

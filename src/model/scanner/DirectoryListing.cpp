@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "base/Collation.h"
+#include "model/AudioExtensions.h"
 #include "model/scanner/DirectoryReader.h"
 
 namespace halvenor {
@@ -19,18 +20,16 @@ struct Format {
     QString word;                // what the tracks show; one text shared by all
 };
 
-const std::array<Format, 9>& formats() {
-    static const std::array<Format, 9> all = {{
-        {"mp3", QStringLiteral("MP3")},
-        {"m4a", QStringLiteral("M4A")},
-        {"flac", QStringLiteral("FLAC")},
-        {"wav", QStringLiteral("WAV")},
-        {"aiff", QStringLiteral("AIFF")},
-        {"aif", QStringLiteral("AIF")},
-        {"aac", QStringLiteral("AAC")},
-        {"ogg", QStringLiteral("OGG")},
-        {"alac", QStringLiteral("ALAC")},
-    }};
+const std::array<Format, audioExtensions.size()>& formats() {
+    static const auto all = [] {
+        std::array<Format, audioExtensions.size()> made;
+        std::ranges::transform(audioExtensions, made.begin(), [](std::string_view extension) {
+            return Format{extension, QString::fromLatin1(extension.data(),
+                                                         static_cast<qsizetype>(extension.size()))
+                                         .toUpper()};
+        });
+        return made;
+    }();
     return all;
 }
 
@@ -123,18 +122,6 @@ QString textOf(std::string_view name) {
 }
 
 }  // namespace
-
-const QSet<QByteArray>& supportedExtensions() {
-    static const QSet<QByteArray> all = [] {
-        QSet<QByteArray> made;
-        for (const Format& format : formats()) {
-            made.insert(QByteArray(format.extension.data(),
-                                   static_cast<qsizetype>(format.extension.size())));
-        }
-        return made;
-    }();
-    return all;
-}
 
 DirectorySnapshot listDirectory(const FileUrl& url, const std::stop_token& token) {
     const PathMaker paths(url);

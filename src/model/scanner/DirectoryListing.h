@@ -1,15 +1,10 @@
 #pragma once
 
-#include <QSet>
-
 #include <stop_token>
 
 #include "model/scanner/DirectorySnapshot.h"
 
 namespace halvenor {
-
-/// Lower-case extensions of the files that are listed as tracks.
-const QSet<QByteArray>& supportedExtensions();
 
 /// One level of one folder: its sub-folders and, as skeletons, its tracks, each in natural order of
 /// their names; names that are the same to a reader stay in the file system's order. Links and

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "model/AudioExtensions.h"
 #include "model/scanner/DirectoryListing.h"
 #include "model/scanner/FolderSearch.h"
 #include "model/scanner/FolderWalk.h"
