@@ -4,14 +4,14 @@
 
 #include <chrono>
 #include <cmath>
-#include <pwd.h>
 #include <string>
-#include <unistd.h>
 #include <utility>
 
 #include "base/Error.h"
+#include "base/StoreFile.h"
 #include "platform/settings/SettingsFile.h"
 #include "platform/settings/SettingsValue.h"
+#include "platform/userfolders/UserFolders.h"
 
 namespace halvenor {
 
@@ -21,15 +21,6 @@ namespace {
 
 // At most one write in this time while values change.
 constexpr std::chrono::seconds writeDelay{1};
-
-QByteArray homeFolder() {
-    const QByteArray home = qgetenv("HOME");
-    if (!home.isEmpty()) {
-        return home;
-    }
-    const passwd* const user = ::getpwuid(::getuid());
-    return user ? QByteArray(user->pw_dir) : QByteArray("/");
-}
 
 }  // namespace
 
@@ -72,7 +63,7 @@ class Settings::Impl {
         }
         try {
             if (isDamaged_) {
-                settings::copyAside(file_);
+                keepDamagedCopy(file_);
                 isDamaged_ = false;
             }
             settings::write(file_, values_);
@@ -107,12 +98,9 @@ Settings::~Settings() {
 }
 
 FileUrl Settings::defaultFile() {
-    const QByteArray configured = qgetenv("XDG_CONFIG_HOME");
-    // A relative folder is to be ignored: https://specifications.freedesktop.org/basedir-spec
-    const FileUrl folder = configured.startsWith('/')
-                               ? FileUrl(configured)
-                               : FileUrl(homeFolder()).appendingPathComponent(".config");
-    return folder.appendingPathComponent("Halvenor").appendingPathComponent("settings.json");
+    return configurationHome()
+        .appendingPathComponent("Halvenor")
+        .appendingPathComponent("settings.json");
 }
 
 bool Settings::contains(std::string_view key) const {

@@ -21,8 +21,4 @@ Contents read(const FileUrl& file);
 /// @throws Error (io)
 void write(const FileUrl& file, const Values& values);
 
-/// Keeps a copy of the file beside it, as "settings.json.damaged-1" or the next number that is
-/// free. @throws Error (io)
-void copyAside(const FileUrl& file);
-
 }  // namespace halvenor::settings

@@ -4,6 +4,8 @@
 #include <string>
 #include <utility>
 
+#include "base/Json.h"
+
 namespace halvenor::settings {
 
 namespace {
@@ -14,16 +16,6 @@ constexpr const char* pathKey = "path";
 
 Json fromBase64Bytes(const QByteArray& bytes) {
     return bytes.toBase64().toStdString();
-}
-
-std::optional<QByteArray> toBytes(const Json& base64) {
-    const auto* const text = base64.get_ptr<const Json::string_t*>();
-    if (!text) {
-        return std::nullopt;
-    }
-    auto decoded = QByteArray::fromBase64Encoding(QByteArray::fromStdString(*text),
-                                                  QByteArray::AbortOnBase64DecodingErrors);
-    return decoded ? std::optional(std::move(*decoded)) : std::nullopt;
 }
 
 // The member of an object, or null.
@@ -38,7 +30,7 @@ const Json* member(const Json& object, const char* key) {
 // The bytes of an object that holds nothing else.
 std::optional<QByteArray> onlyBytes(const Json& object, const char* key) {
     const Json* const value = object.size() == 1 ? member(object, key) : nullptr;
-    return value ? toBytes(*value) : std::nullopt;
+    return value ? base64FromJson(*value) : std::nullopt;
 }
 
 template <class Read>
@@ -74,10 +66,7 @@ std::optional<QString> toString(const Json& value) {
 }
 
 std::optional<QByteArray> toPath(const Json& value) {
-    if (const auto* const text = value.get_ptr<const Json::string_t*>()) {
-        return QByteArray::fromStdString(*text);
-    }
-    return onlyBytes(value, bytesKey);
+    return pathFromJson(value);
 }
 
 std::optional<QByteArray> toData(const Json& value) {
@@ -101,7 +90,7 @@ std::optional<QHash<QByteArray, QByteArray>> toDataByPath(const Json& value) {
         const Json* const key = member(element, pathKey);
         const Json* const bytes = member(element, dataKey);
         const auto path = key ? toPath(*key) : std::nullopt;
-        const auto data = bytes ? toBytes(*bytes) : std::nullopt;
+        const auto data = bytes ? base64FromJson(*bytes) : std::nullopt;
         if (!path || !data) {
             return std::nullopt;
         }

@@ -1,0 +1,197 @@
+#include "base/StoreFile.h"
+
+#include <QCryptographicHash>
+#include <QThreadPool>
+
+#include <cerrno>
+#include <condition_variable>
+#include <exception>
+#include <fcntl.h>
+#include <mutex>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+#include "base/AtomicFile.h"
+#include "base/Error.h"
+
+namespace halvenor {
+
+namespace {
+
+bool isFolder(const QByteArray& path) {
+    struct stat status = {};
+    return ::stat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+bool isMissing(const FileUrl& file) {
+    struct stat status = {};
+    return ::lstat(file.path().constData(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
+}
+
+}  // namespace
+
+void makeFolders(const FileUrl& folder) {
+    const QByteArray& path = folder.path();
+    if (path.isEmpty() || isFolder(path)) {
+        return;
+    }
+    makeFolders(folder.deletingLastPathComponent());
+    if (::mkdir(path.constData(), 0700) != 0 && !isFolder(path)) {
+        throw Error::fromErrno(errno);
+    }
+}
+
+void keepDamagedCopy(const FileUrl& file) {
+    constexpr int mostCopies = 1000;
+    for (int number = 1; number <= mostCopies; ++number) {
+        const FileUrl copy(file.path() + ".damaged-" + QByteArray::number(number));
+        // A second name for the same file loses nothing and needs no room. The file itself is left
+        // alone from now on: a new one takes its first name.
+        if (::linkat(AT_FDCWD, file.path().constData(), AT_FDCWD, copy.path().constData(),
+                     AT_SYMLINK_FOLLOW) == 0) {
+            return;
+        }
+        if (errno != EEXIST) {
+            writeFileAtomically(copy, readFile(file));  // No second names here.
+            return;
+        }
+    }
+    throw Error::fromErrno(EEXIST);
+}
+
+class StoreFile::Impl {
+  public:
+    explicit Impl(FileUrl url) : url_(std::move(url)) { pool_.setMaxThreadCount(1); }
+
+    const FileUrl& url() const { return url_; }
+
+    std::optional<QByteArray> read() {
+        if (isMissing(url_)) {
+            return std::nullopt;
+        }
+        try {
+            return readFile(url_);
+        } catch (const std::exception& error) {
+            setDamaged();
+            qWarning("%s can't be read: %s", url_.path().constData(), error.what());
+            return std::nullopt;
+        }
+    }
+
+    void setDamaged() {
+        const std::lock_guard lock(mutex_);
+        isDamaged_ = true;
+    }
+
+    void save(std::function<QByteArray()> encode) {
+        const std::lock_guard lock(mutex_);
+        pending_ = std::move(encode);
+        failed_ = nullptr;
+        startIfIdle();
+    }
+
+    bool flush() {
+        std::unique_lock lock(mutex_);
+        if (failed_ && !pending_) {
+            pending_ = std::exchange(failed_, nullptr);
+            startIfIdle();
+        }
+        idle_.wait(lock, [this] { return !isWriting_; });
+        return !failed_;
+    }
+
+    bool isUpToDate() const {
+        const std::lock_guard lock(mutex_);
+        return !isWriting_ && !failed_;
+    }
+
+  private:
+    // With the mutex held.
+    void startIfIdle() {
+        if (pending_ && !isWriting_) {
+            isWriting_ = true;
+            pool_.start([this] { writeAllPending(); });
+        }
+    }
+
+    void writeAllPending() {
+        std::unique_lock lock(mutex_);
+        while (pending_) {
+            const auto encode = std::exchange(pending_, nullptr);
+            const bool isDamaged = isDamaged_;
+            lock.unlock();
+            const bool isWritten = write(encode, isDamaged);
+            lock.lock();
+            if (isWritten) {
+                isDamaged_ = false;
+            } else if (!pending_) {
+                failed_ = encode;
+            }
+        }
+        isWriting_ = false;
+        idle_.notify_all();
+    }
+
+    bool write(const std::function<QByteArray()>& encode, bool isDamaged) {
+        try {
+            const QByteArray bytes = encode();
+            const QByteArray digest = QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
+            if (digest == lastWritten_) {
+                return true;
+            }
+            if (isDamaged) {
+                keepDamagedCopy(url_);
+            }
+            makeFolders(url_.deletingLastPathComponent());
+            writeFileAtomically(url_, bytes);
+            lastWritten_ = digest;
+            return true;
+        } catch (const std::exception& error) {
+            qWarning("%s could not be written: %s", url_.path().constData(), error.what());
+            return false;
+        }
+    }
+
+    const FileUrl url_;
+    QByteArray lastWritten_;  // SHA-256; the writing thread's alone
+    mutable std::mutex mutex_;
+    std::condition_variable idle_;
+    std::function<QByteArray()> pending_;
+    std::function<QByteArray()> failed_;
+    bool isWriting_ = false;
+    bool isDamaged_ = false;
+    QThreadPool pool_;
+};
+
+StoreFile::StoreFile(FileUrl url) : impl_(std::make_unique<Impl>(std::move(url))) {}
+
+StoreFile::~StoreFile() {
+    impl_->flush();
+}
+
+const FileUrl& StoreFile::url() const {
+    return impl_->url();
+}
+
+std::optional<QByteArray> StoreFile::read() {
+    return impl_->read();
+}
+
+void StoreFile::setDamaged() {
+    impl_->setDamaged();
+}
+
+void StoreFile::save(std::function<QByteArray()> encode) {
+    impl_->save(std::move(encode));
+}
+
+bool StoreFile::flush() {
+    return impl_->flush();
+}
+
+bool StoreFile::isUpToDate() const {
+    return impl_->isUpToDate();
+}
+
+}  // namespace halvenor

@@ -1,0 +1,1 @@
+#include "platform/bookmark/Bookmark.h"
