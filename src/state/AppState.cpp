@@ -6,16 +6,24 @@
 #include <utility>
 
 #include "base/Error.h"
+#include "platform/userfolders/UserFolders.h"
 #include "state/SettingsKeys.h"
 
 namespace halvenor {
 
 using namespace std::chrono_literals;
 
+namespace {
+
+constexpr std::chrono::seconds relocationCheckInterval{15};
+
+}  // namespace
+
 AppState::Dependencies::Dependencies(std::unique_ptr<AudioOutput> output, FileUrl settings,
-                                     std::function<SystemAppearance()> appearance)
+                                     FileUrl data, std::function<SystemAppearance()> appearance)
     : audioOutput(std::move(output)),
       settingsFile(std::move(settings)),
+      dataFolder(std::move(data)),
       systemAppearance(std::move(appearance)) {}
 
 // The order of these steps is the program's start order. Load failures during the restoring steps
@@ -24,6 +32,9 @@ AppState::AppState(Dependencies dependencies)
     : settings_(dependencies.settingsFile),
       systemAppearance_(std::move(dependencies.systemAppearance)),
       audioEngine_(std::move(dependencies.audioOutput)),
+      playlistManager_(dependencies.dataFolder.appendingPathComponent("playlists.json")),
+      relocationStore_(dependencies.dataFolder.appendingPathComponent("relocation.json")),
+      bookmarkResolver_(std::make_shared<BookmarkResolver>()),
       positionWrites_(1s, [this](double seconds) {
           if (*audioEngine_.currentTrack) {
               settings_.setNumber(settingsKeys::lastPosition, seconds);
@@ -31,9 +42,27 @@ AppState::AppState(Dependencies dependencies)
       }) {
     connectChangeHandlers();
     restoreSettings();
+    loadLibraryBookmarks();
+    subscribeToPlaylists();
     subscribeToEngine();
+    restorePlayer();
     restoreLibraryFolders();
+    restoreLastPlaybackSession();
+    checkRelocations();
+    relocationTimer_.callOnTimeout(this, [this] { checkRelocations(); });
+    relocationTimer_.start(relocationCheckInterval);
     installLoadFailureReport();
+}
+
+FileUrl AppState::defaultDataFolder() {
+    return dataHome().appendingPathComponent("Halvenor");
+}
+
+void AppState::willTerminate() {
+    persistPlayer();
+    settings_.flush();
+    playlistManager_.flush();
+    relocationStore_.flush();
 }
 
 AppState::~AppState() {
@@ -53,6 +82,10 @@ void AppState::connectChangeHandlers() {
             followAppearance(systemAppearance_());
         }
     }));
+    subscriptions_.push_back(showWaveform.subscribe(
+        [this](bool on) { settings_.setBoolean(settingsKeys::showWaveform, on); }));
+    subscriptions_.push_back(useLiquidTitanWaveform.subscribe(
+        [this](bool on) { settings_.setBoolean(settingsKeys::useLiquidTitanWaveform, on); }));
     subscriptions_.push_back(showMarkedFoldersOnly.subscribe(
         [this](bool on) { settings_.setBoolean(settingsKeys::showMarkedFoldersOnly, on); }));
     subscriptions_.push_back(
@@ -62,6 +95,12 @@ void AppState::connectChangeHandlers() {
 }
 
 void AppState::restoreSettings() {
+    if (const auto show = settings_.boolean(settingsKeys::showWaveform)) {
+        showWaveform = *show;
+    }
+    if (const auto use = settings_.boolean(settingsKeys::useLiquidTitanWaveform)) {
+        useLiquidTitanWaveform = *use;
+    }
     const auto storedTheme = settings_.string(settingsKeys::selectedTheme);
     if (const auto theme = themeFromRawValue(storedTheme.value_or(QString()))) {
         selectedTheme = *theme;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QTimer>
 
 #include <functional>
 #include <memory>
@@ -17,9 +18,15 @@
 #include "model/TrackList.h"
 #include "model/scanner/DirectorySnapshot.h"
 #include "platform/appearance/SystemAppearance.h"
+#include "platform/bookmark/Bookmark.h"
 #include "platform/settings/Settings.h"
 #include "playback/AudioEngineManager.h"
+#include "playlists/PlaylistManager.h"
+#include "relocation/MoveDetection.h"
+#include "relocation/RelocationStore.h"
 #include "state/AppTheme.h"
+#include "state/PreparedFolderTransition.h"
+#include "state/UserPrompts.h"
 
 namespace halvenor {
 
@@ -27,24 +34,37 @@ namespace halvenor {
 /// it owns the playback engine. Made once; main thread throughout.
 ///
 /// The constructor is the program's start order. The operations of each concern lie in a source of
-/// their own: AppStateLibrary, -Navigation, -Search, -Enrichment, -Queue, -Theme.
+/// their own: AppStateLibrary, -Navigation, -Search, -Enrichment, -Queue, -NextFolder, -Playlists,
+/// -Relocation, -Session, -Theme.
 ///
 /// After every wait a task tests again: stop requested, owner alive, subject still current.
 class AppState : public QObject {
   public:
     /// What AppState needs of its surroundings; the program's own are made by the entry.
     struct Dependencies {
-        Dependencies(std::unique_ptr<AudioOutput> output, FileUrl settingsFile,
+        Dependencies(std::unique_ptr<AudioOutput> output, FileUrl settingsFile, FileUrl dataFolder,
                      std::function<SystemAppearance()> appearance);
 
         std::unique_ptr<AudioOutput> audioOutput;
         FileUrl settingsFile;
+        /// Where playlists.json and relocation.json are.
+        FileUrl dataFolder;
         /// What the desktop asks for at this moment.
         std::function<SystemAppearance()> systemAppearance;
     };
 
     explicit AppState(Dependencies dependencies);
     ~AppState() override;
+
+    /// "Halvenor" in the user's data folder (XDG_DATA_HOME).
+    static FileUrl defaultDataFolder();
+    /// Who asks the user. Without anybody, what has to be asked counts as cancelled.
+    /// @param prompts outlives this object, or is taken back with null before it goes
+    void setUserPrompts(UserPrompts* prompts) { userPrompts_ = prompts; }
+    /// The program has come to the front.
+    void becameActive() { checkRelocations(); }
+    /// The program ends: everything that is remembered is put on the disk.
+    void willTerminate();
 
     // ---- Library -------------------------------------------------------------------------------
     /// The Locations as tree roots, in natural order of their names.
@@ -54,6 +74,8 @@ class AppState : public QObject {
 
     /// The first of rootFolders.
     std::optional<FolderItem> rootFolder() const;
+    /// Lets the user choose a folder to add.
+    void openFolderPicker();
     /// Adds a Location, remembers it, and opens it. One that is there already is only opened.
     void openDirectory(const FileUrl& url);
     /// Forgets a Location and all that hangs on it. What plays goes on.
@@ -139,11 +161,45 @@ class AppState : public QObject {
     /// What must follow the current track. May build a shuffle order, and has no other effect.
     std::optional<Track> gaplessNextTrack();
 
+    // ---- Playlists -----------------------------------------------------------------------------
+    /// The playlist on show.
+    Published<std::optional<Playlist>> openPlaylist;
+    /// The tracks of a playlist are being read.
+    Published<bool> isScanning{false};
+    /// Standardised paths of the favourites.
+    Published<QSet<QByteArray>> favoriteTrackPaths;
+
+    /// Shows a playlist: its tracks that exist fill the track list.
+    void showPlaylist(const Playlist& playlist);
+    /// Deletes a playlist; one that is on show is no longer.
+    void deletePlaylist(const QUuid& id);
+    bool isFavorite(const Track& track) const;
+    void toggleFavorite(const Track& track);
+    void addToPlaylist(const QList<Track>& tracks, const QUuid& id);
+
+    // ---- Moved files ---------------------------------------------------------------------------
+    /// The user is pointing at a new place of a folder; nothing is followed meanwhile.
+    Published<bool> isRelocating{false};
+    /// Each check of the paths that are remembered has ended with this.
+    Published<int> finishedRelocationChecks{0};
+
+    /// Looks where everything that is remembered is now, and follows what has moved. Returns at
+    /// once; a call during a check makes one more check follow it.
+    void checkRelocations();
+    /// Lets the user say where a folder is now. Its contents are compared before a link is changed.
+    void relocateFolder(const FileUrl& folder);
+    /// The top-most remembered folders that are missing from Locations that are there, in order.
+    std::vector<FileUrl> missingRelocationFolders() const;
+
     // ---- Look ----------------------------------------------------------------------------------
     /// Remembered.
     Published<AppTheme> selectedTheme{AppTheme::halvenorDark};
     /// Remembered. Turning it on takes the desktop's look at once.
     Published<bool> followOSTheme{true};
+    /// The player bar shows the waveform instead of the plain timeline. Remembered.
+    Published<bool> showWaveform{true};
+    /// Remembered.
+    Published<bool> useLiquidTitanWaveform{false};
 
     /// The desktop's appearance has changed, or a window has appeared.
     void applySystemColorScheme(SystemAppearance appearance);
@@ -151,20 +207,29 @@ class AppState : public QObject {
     // ---- What it is made of --------------------------------------------------------------------
     AudioEngineManager& audioEngine() { return audioEngine_; }
     Settings& settings() { return settings_; }
+    PlaylistManager& playlistManager() { return playlistManager_; }
+    RelocationStore& relocationStore() { return relocationStore_; }
 
   private:
     // Start
     void connectChangeHandlers();
     void restoreSettings();
     void subscribeToEngine();
+    void subscribeToPlaylists();
     void installLoadFailureReport();
 
     // Library
     enum class Persist { no, yes };
     enum class Select { no, yes };
     void registerLibraryFolder(const FileUrl& url, Persist persist, Select select);
+    void loadLibraryBookmarks();
+    QList<QByteArray> bookmarksToRestore() const;
+    QList<FileUrl> restoreFromBookmarks();
+    void registerStoredPaths(const QList<FileUrl>& restored);
     void restoreLibraryFolders();
-    void persistLibraryPaths();
+    QList<QByteArray> libraryPaths() const;
+    void setLibraryFolders(const std::vector<FileUrl>& folders);
+    void persistLibraryBookmarks();
 
     // Folder tree
     Task<> loadDirectoryTask(FolderItem folder, std::stop_token token);
@@ -193,6 +258,37 @@ class AppState : public QObject {
     void handleGaplessTransition(const Track& track);
     void repeatModeChanged(RepeatMode mode);
     bool isShuffling() const;
+    bool isAtEndOfPlayingQueue() const;
+    /// The one library folder whose tracks make up playingQueue; absent for any other list.
+    std::optional<FileUrl> playingSourceFolderURL() const;
+
+    // Next folder
+    void scheduleNextFolderPreparation();
+    Task<> nextFolderPreparation(FileUrl source, std::stop_token token);
+    void activateNextFolder(const PreparedFolderTransition& prepared,
+                            const Track& transitionedTrack);
+    void advanceToNextFolderWhenReady();
+    Task<> nextFolderAdvance(FileUrl source, std::stop_token token);
+    void startPreparedNextFolder(const PreparedFolderTransition& prepared);
+
+    // Session
+    void persistPlayer();
+    void restorePlayer();
+    void restoreLastPlaybackSession();
+    Task<> playbackRestore(FileUrl url, double position, std::stop_token token);
+    void restoreLastTrackSelectionIfNeeded();
+
+    // Moved files
+    Task<> relocationCheck(std::stop_token token);
+    Task<> relocationValidation(FileUrl oldFolder, FileUrl newFolder, std::stop_token token);
+    void relocationFolderChosen(const FileUrl& folder, const std::optional<FileUrl>& chosen);
+    void endRelocating();
+    QSet<QByteArray> relocationFolderPaths(const QSet<QByteArray>& files) const;
+    void applyRelocations(const MoveTable& moves, const RelocationRecords& records);
+    void relocateTracks(const MoveTable& moves);
+    void relocateLibrary(const MoveTable& moves);
+    void reloadAfterRelocation(const MoveTable& moves);
+    void noteAvailableLocations(const QSet<QByteArray>& available);
 
     // Look
     void followAppearance(SystemAppearance appearance);
@@ -200,6 +296,9 @@ class AppState : public QObject {
     Settings settings_;
     std::function<SystemAppearance()> systemAppearance_;
     AudioEngineManager audioEngine_;
+    PlaylistManager playlistManager_;
+    RelocationStore relocationStore_;
+    UserPrompts* userPrompts_ = nullptr;
 
     std::vector<qsizetype> shuffleOrder_;
     qsizetype shufflePosition_ = 0;
@@ -210,6 +309,24 @@ class AppState : public QObject {
     TaskSlot metadataLoadTask_;
     TaskSlot folderNavigationTask_;
     TaskSlot folderSearchTask_;
+    TaskSlot playbackRestoreTask_;
+    TaskSlot nextFolderPreparationTask_;
+    std::optional<PreparedFolderTransition> preparedNextFolderTransition_;
+
+    QHash<QByteArray, QByteArray> libraryBookmarkData_;
+    /// The Locations as they stood when the last check ended. Where one of them goes, it is
+    /// followed.
+    QSet<QByteArray> originalLocationPaths_;
+    /// The Locations that were there at the last check.
+    QSet<QByteArray> availableLocationPaths_;
+    /// Every move accepted in this run, from the old path to the latest.
+    MoveTable relocatedSessionPaths_;
+    TaskSlot relocationTask_;
+    bool relocationRequested_ = false;
+    QTimer relocationTimer_;
+    /// Used by one job of relocationService_ at a time.
+    std::shared_ptr<BookmarkResolver> bookmarkResolver_;
+    Service relocationService_;
 
     Throttle<double> positionWrites_;
     Subscriptions subscriptions_;

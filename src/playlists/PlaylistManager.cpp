@@ -1,0 +1,1 @@
+#include "playlists/PlaylistManager.h"

@@ -1,0 +1,1 @@
+#include "relocation/MoveDetection.h"

@@ -1,0 +1,1 @@
+#include "relocation/RelocationStore.h"

@@ -1,0 +1,7 @@
+#include "state/AppState.h"
+
+namespace halvenor {
+
+void AppState::checkRelocations() {}
+
+}  // namespace halvenor
