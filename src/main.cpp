@@ -37,7 +37,8 @@ bool wantsSelfTest(int argc, char** argv) {
 
 AppState::Dependencies userDependencies() {
     return AppState::Dependencies(makeSystemOutput(QStringLiteral("Halvenor")),
-                                  Settings::defaultFile(), &currentSystemAppearance);
+                                  Settings::defaultFile(), AppState::defaultDataFolder(),
+                                  &currentSystemAppearance);
 }
 
 }  // namespace

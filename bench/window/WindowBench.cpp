@@ -143,6 +143,7 @@ int main(int argc, char** argv) {
     AppState state(AppState::Dependencies(
         makeSystemOutput(QStringLiteral("Halvenor")),
         FileUrl(QFile::encodeName(home.path())).appendingPathComponent("settings.json"),
+        FileUrl(QFile::encodeName(home.path())).appendingPathComponent("data"),
         [] { return SystemAppearance::dark; }));
     installTheme(state, application);
     MainWindow window(state);

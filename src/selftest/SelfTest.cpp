@@ -63,9 +63,9 @@ FileUrl SelfTestHome::musicFolder() const {
 }
 
 AppState::Dependencies SelfTestHome::dependencies() const {
-    const FileUrl settings =
-        FileUrl(QFile::encodeName(directory_.path())).appendingPathComponent("settings.json");
-    return AppState::Dependencies(soundServerOrSilence(), settings,
+    const FileUrl home(QFile::encodeName(directory_.path()));
+    return AppState::Dependencies(soundServerOrSilence(),
+                                  home.appendingPathComponent("settings.json"), home,
                                   [] { return SystemAppearance::dark; });
 }
 

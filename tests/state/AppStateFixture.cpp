@@ -15,8 +15,9 @@ void AppStateFixture::startState() {
     state_.reset();
     auto output = std::make_unique<ManualOutput>();
     output_ = output.get();
-    state_ = std::make_unique<AppState>(AppState::Dependencies(
-        std::move(output), folder("settings.json"), [this] { return appearance_; }));
+    state_ = std::make_unique<AppState>(
+        AppState::Dependencies(std::move(output), folder("settings.json"), folder("data"),
+                               [this] { return appearance_; }));
 }
 
 void AppStateFixture::makeFolder(const QByteArray& relative, const std::vector<QByteArray>& files) {

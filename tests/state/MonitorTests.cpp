@@ -62,7 +62,7 @@ TEST_P(RecordedMonitor, isTheMusicFrameByFrame) {
     SoundServer server(cd);
     SoundRecorder recorder(server);
     AppState state(AppState::Dependencies(makeSystemOutput(QStringLiteral("Halvenor")),
-                                          music.at("settings.json"),
+                                          music.at("settings.json"), music.at("data"),
                                           [] { return SystemAppearance::dark; }));
     state.openDirectory(music.at("album"));
     ASSERT_TRUE(spinUntil([&] { return state.playbackQueue->size() == 4; }));

@@ -36,7 +36,9 @@ Track albumTrack(int number, const Line& line, const Artwork& cover) {
 
 std::unique_ptr<AppState> makeState(const FileUrl& settingsFile) {
     return std::make_unique<AppState>(AppState::Dependencies(
-        makeSilentOutput(), settingsFile, [] { return SystemAppearance::dark; }));
+        makeSilentOutput(), settingsFile,
+        settingsFile.deletingLastPathComponent().appendingPathComponent("data"),
+        [] { return SystemAppearance::dark; }));
 }
 
 Track exampleTrack(const QByteArray& path, const QString& title, const QString& artist,
