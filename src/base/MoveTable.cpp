@@ -16,16 +16,24 @@ QByteArray replacing(const QByteArray& path, const QByteArray& old, const QByteA
     return inside(path, old) ? replacement + path.mid(old.size()) : path;
 }
 
+// Everything that a path can be inside of begins the path: the path itself, and what stands before
+// each slash, with the slash or without. The longest is asked for first.
 QByteArray remapped(const QByteArray& path, const MoveTable& moves) {
-    // All keys that match begin the same path, so the longest in bytes is the longest in text.
-    auto best = moves.constEnd();
-    for (auto move = moves.constBegin(); move != moves.constEnd(); ++move) {
-        const bool isLonger = best == moves.constEnd() || move.key().size() > best.key().size();
-        if (isLonger && inside(path, move.key())) {
-            best = move;
+    if (moves.isEmpty()) {
+        return path;
+    }
+    const auto find = [&](qsizetype length) {
+        return moves.constFind(QByteArray::fromRawData(path.constData(), length));
+    };
+    auto move = find(path.size());
+    for (qsizetype slash = path.lastIndexOf('/'); move == moves.constEnd() && slash >= 0;
+         slash = slash > 0 ? path.lastIndexOf('/', slash - 1) : -1) {
+        move = find(slash + 1);
+        if (move == moves.constEnd()) {
+            move = find(slash);
         }
     }
-    return best == moves.constEnd() ? path : replacing(path, best.key(), best.value());
+    return move == moves.constEnd() ? path : replacing(path, move.key(), move.value());
 }
 
 }  // namespace halvenor

@@ -28,6 +28,8 @@ class RelocationStore {
     RelocationStore& operator=(const RelocationStore&) = delete;
 
     const FileUrl& storageURL() const;
+    /// Returns when the file has been read. Any thread, while the store lives.
+    void waitUntilLoaded() const;
     /// Waits for the file, if it is still being read.
     const RelocationRecords& records() const;
     /// Replaces the records and saves them. Equal ones cost a comparison.

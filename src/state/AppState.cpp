@@ -66,6 +66,7 @@ void AppState::willTerminate() {
 }
 
 AppState::~AppState() {
+    relocationTask_.cancel();  // A search that is under way must not hold up the end.
     // The engine outlives the first members to go; nothing may call back into a half-gone object.
     audioEngine_.onLoadFailed = nullptr;
     audioEngine_.onPlaybackEnded = nullptr;

@@ -34,8 +34,8 @@ namespace halvenor {
 /// it owns the playback engine. Made once; main thread throughout.
 ///
 /// The constructor is the program's start order. The operations of each concern lie in a source of
-/// their own: AppStateLibrary, -Navigation, -Search, -Enrichment, -Queue, -NextFolder, -Playlists,
-/// -Relocation, -Session, -Theme.
+/// their own: AppStateLibrary, -Locations, -Navigation, -Search, -Enrichment, -Queue, -NextFolder,
+/// -Playlists, -Relocation, -Session, -Theme.
 ///
 /// After every wait a task tests again: stop requested, owner alive, subject still current.
 class AppState : public QObject {
@@ -71,6 +71,8 @@ class AppState : public QObject {
     Published<FolderList> rootFolders;
     /// The Locations in the order they were added.
     Published<std::vector<FileUrl>> libraryFolders;
+    /// Paths of those Locations that were there when last looked at.
+    Published<QSet<QByteArray>> availableLocationPaths;
 
     /// The first of rootFolders.
     std::optional<FolderItem> rootFolder() const;
@@ -223,13 +225,13 @@ class AppState : public QObject {
     enum class Select { no, yes };
     void registerLibraryFolder(const FileUrl& url, Persist persist, Select select);
     void loadLibraryBookmarks();
-    QList<QByteArray> bookmarksToRestore() const;
-    QList<FileUrl> restoreFromBookmarks();
-    void registerStoredPaths(const QList<FileUrl>& restored);
     void restoreLibraryFolders();
+    MoveTable movesOfLostLocations(MoveTable moves);
     QList<QByteArray> libraryPaths() const;
     void setLibraryFolders(const std::vector<FileUrl>& folders);
     void persistLibraryBookmarks();
+    void writeLibraryBookmarks();
+    Task<> renewedBookmarks(std::stop_token token);
 
     // Folder tree
     Task<> loadDirectoryTask(FolderItem folder, std::stop_token token);
@@ -281,9 +283,9 @@ class AppState : public QObject {
     // Moved files
     Task<> relocationCheck(std::stop_token token);
     Task<> relocationValidation(FileUrl oldFolder, FileUrl newFolder, std::stop_token token);
+    Task<> relocationOfFolder(FileUrl oldFolder, FileUrl newFolder, std::stop_token token);
     void relocationFolderChosen(const FileUrl& folder, const std::optional<FileUrl>& chosen);
     void endRelocating();
-    QSet<QByteArray> relocationFolderPaths(const QSet<QByteArray>& files) const;
     void applyRelocations(const MoveTable& moves, const RelocationRecords& records);
     void relocateTracks(const MoveTable& moves);
     void relocateLibrary(const MoveTable& moves);
@@ -317,8 +319,7 @@ class AppState : public QObject {
     /// The Locations as they stood when the last check ended. Where one of them goes, it is
     /// followed.
     QSet<QByteArray> originalLocationPaths_;
-    /// The Locations that were there at the last check.
-    QSet<QByteArray> availableLocationPaths_;
+    TaskSlot libraryBookmarkTask_;
     /// Every move accepted in this run, from the old path to the latest.
     MoveTable relocatedSessionPaths_;
     TaskSlot relocationTask_;

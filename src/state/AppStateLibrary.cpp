@@ -1,3 +1,5 @@
+#include <QPointer>
+
 #include <algorithm>
 
 #include "base/Collation.h"
@@ -35,6 +37,36 @@ bool AppState::isRootFolder(const FolderItem& folder) const {
                                [&](const FolderItem& root) { return root.id() == folder.id(); });
 }
 
+void AppState::setLibraryFolders(const std::vector<FileUrl>& folders) {
+    FolderList roots;
+    for (const FileUrl& folder : folders) {
+        roots.emplace_back(folder, true);
+    }
+    std::ranges::stable_sort(roots, namesInOrder);
+    libraryFolders = folders;
+    rootFolders = roots;
+}
+
+QList<QByteArray> AppState::libraryPaths() const {
+    QList<QByteArray> paths;
+    for (const FileUrl& folder : *libraryFolders) {
+        paths.append(folder.standardized().path());
+    }
+    return paths;
+}
+
+void AppState::openFolderPicker() {
+    if (!userPrompts_) {
+        return;
+    }
+    const QPointer<AppState> self(this);
+    userPrompts_->chooseFolder(QString(), [self](const std::optional<FileUrl>& chosen) {
+        if (self && chosen) {
+            self->openDirectory(*chosen);
+        }
+    });
+}
+
 void AppState::openDirectory(const FileUrl& url) {
     registerLibraryFolder(url, Persist::yes, Select::yes);
 }
@@ -47,49 +79,25 @@ void AppState::registerLibraryFolder(const FileUrl& url, Persist persist, Select
         }
         return;
     }
-    libraryFolders.mutate([&](auto& folders) { folders.push_back(item.url()); });
-    rootFolders.mutate([&](FolderList& roots) {
-        roots.push_back(item);
-        std::ranges::stable_sort(roots, namesInOrder);
-    });
+    std::vector<FileUrl> folders = *libraryFolders;
+    folders.push_back(item.url());
+    setLibraryFolders(folders);
     expandedFolderIDs.mutate([&](auto& ids) { ids.insert(item.id()); });
     if (persist == Persist::yes) {
-        persistLibraryPaths();
+        persistLibraryBookmarks();
+        checkRelocations();
     }
     if (select == Select::yes) {
+        isScanning = false;
         openFolder(item);
-    }
-}
-
-void AppState::persistLibraryPaths() {
-    QList<QByteArray> paths;
-    for (const FileUrl& folder : *libraryFolders) {
-        paths.append(folder.standardized().path());
-    }
-    settings_.setPaths(settingsKeys::libraryFolderPaths, paths);
-}
-
-// A stored path stays a Location even if nothing exists there now: its disk may be away.
-void AppState::restoreLibraryFolders() {
-    for (const QByteArray& path :
-         settings_.paths(settingsKeys::libraryFolderPaths).value_or(QList<QByteArray>())) {
-        registerLibraryFolder(FileUrl(path), Persist::no, Select::no);
-    }
-    if (const auto first = rootFolder()) {
-        openFolder(*first);
     }
 }
 
 void AppState::removeFolder(const FileUrl& url) {
     const QByteArray target = url.standardized().path();
-    libraryFolders.mutate([&](auto& folders) {
-        std::erase_if(folders, [&](const FileUrl& f) { return f.standardized().path() == target; });
-    });
-    rootFolders.mutate([&](FolderList& roots) {
-        std::erase_if(roots, [&](const FolderItem& root) {
-            return root.url().standardized().path() == target;
-        });
-    });
+    std::vector<FileUrl> remaining = *libraryFolders;
+    std::erase_if(remaining, [&](const FileUrl& f) { return f.standardized().path() == target; });
+    setLibraryFolders(remaining);
     eraseIdsUnder(directoryLoadTasks_, target);
     folderChildren.mutate([&](auto& children) { eraseIdsUnder(children, target); });
     folderTracks.mutate([&](auto& tracks) { eraseIdsUnder(tracks, target); });
@@ -98,7 +106,8 @@ void AppState::removeFolder(const FileUrl& url) {
         ids->mutate([&](QSet<QByteArray>& set) { eraseIdsUnder(set, target); });
     }
     persistMarkedFolders();
-    persistLibraryPaths();
+    persistLibraryBookmarks();
+    checkRelocations();
 
     if (*selectedFolder && inside((*selectedFolder)->id(), target)) {
         metadataLoadTask_.cancel();

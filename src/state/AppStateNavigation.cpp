@@ -74,6 +74,7 @@ void AppState::toggleFolderExpanded(const FolderItem& folder) {
 void AppState::toggleFolderMarked(const FolderItem& folder) {
     toggle(markedFolderIDs, folder.id());
     persistMarkedFolders();
+    checkRelocations();
 }
 
 void AppState::persistMarkedFolders() {
@@ -94,6 +95,7 @@ bool AppState::shouldDisplayFolder(const FolderItem& folder) const {
 void AppState::openFolder(const FolderItem& folder) {
     metadataLoadTask_.cancel();
     selectedFolder = folder;
+    openPlaylist = std::nullopt;
     playbackQueue = folderTracks->value(folder.id(), folder.tracks);
     selectedTrackIDs = QSet<QByteArray>();
     if (isFolderLoaded(folder)) {
@@ -175,6 +177,7 @@ void AppState::prepareToPlay() {
 }
 
 void AppState::refreshFolder(const FolderItem& folder) {
+    checkRelocations();
     const QByteArray& id = folder.id();
     directoryLoadTasks_.remove(id);
     remove(loadedFolderIDs, id);
