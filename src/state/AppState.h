@@ -280,6 +280,12 @@ class AppState : public QObject {
     Task<> playbackRestore(FileUrl url, double position, std::stop_token token);
     void restoreLastTrackSelectionIfNeeded();
 
+    // Playlists
+    void followOpenPlaylist();
+    void startPlaylistLoad(const Playlist& wanted);
+    Task<> playlistLoad(Playlist wanted, std::stop_token token);
+    void updatePlaylistRows(const TrackList& read);
+
     // Moved files
     Task<> relocationCheck(std::stop_token token);
     Task<> relocationValidation(FileUrl oldFolder, FileUrl newFolder, std::stop_token token);
@@ -313,6 +319,7 @@ class AppState : public QObject {
     TaskSlot folderSearchTask_;
     TaskSlot playbackRestoreTask_;
     TaskSlot nextFolderPreparationTask_;
+    TaskSlot playlistLoadTask_;
     std::optional<PreparedFolderTransition> preparedNextFolderTransition_;
 
     QHash<QByteArray, QByteArray> libraryBookmarkData_;
