@@ -1,5 +1,7 @@
 #include "base/MoveTable.h"
 
+#include <optional>
+
 namespace halvenor {
 
 bool inside(const QByteArray& path, const QByteArray& root) {
@@ -19,21 +21,20 @@ QByteArray replacing(const QByteArray& path, const QByteArray& old, const QByteA
 // Everything that a path can be inside of begins the path: the path itself, and what stands before
 // each slash, with the slash or without. The longest is asked for first.
 QByteArray remapped(const QByteArray& path, const MoveTable& moves) {
-    if (moves.isEmpty()) {
-        return path;
-    }
-    const auto find = [&](qsizetype length) {
-        return moves.constFind(QByteArray::fromRawData(path.constData(), length));
+    // What the path can be inside of: itself, and its beginnings up to each slash, without that
+    // slash and with it. Tables are long, paths are not.
+    const auto moved = [&](qsizetype length) -> std::optional<QByteArray> {
+        const auto move = moves.constFind(QByteArray::fromRawData(path.constData(), length));
+        return move == moves.constEnd() ? std::nullopt : std::optional(*move + path.mid(length));
     };
-    auto move = find(path.size());
-    for (qsizetype slash = path.lastIndexOf('/'); move == moves.constEnd() && slash >= 0;
-         slash = slash > 0 ? path.lastIndexOf('/', slash - 1) : -1) {
-        move = find(slash + 1);
-        if (move == moves.constEnd()) {
-            move = find(slash);
+    for (qsizetype length = moves.isEmpty() ? 0 : path.size(); length > 0;) {
+        if (const auto result = moved(length)) {
+            return *result;
         }
+        const bool isAfterSlash = path.at(length - 1) == '/';
+        length = isAfterSlash ? length - 1 : path.lastIndexOf('/', length - 1) + 1;
     }
-    return move == moves.constEnd() ? path : replacing(path, move.key(), move.value());
+    return path;
 }
 
 }  // namespace halvenor
