@@ -21,8 +21,6 @@ QByteArray replacing(const QByteArray& path, const QByteArray& old, const QByteA
 // Everything that a path can be inside of begins the path: the path itself, and what stands before
 // each slash, with the slash or without. The longest is asked for first.
 QByteArray remapped(const QByteArray& path, const MoveTable& moves) {
-    // What the path can be inside of: itself, and its beginnings up to each slash, without that
-    // slash and with it. Tables are long, paths are not.
     const auto moved = [&](qsizetype length) -> std::optional<QByteArray> {
         const auto move = moves.constFind(QByteArray::fromRawData(path.constData(), length));
         return move == moves.constEnd() ? std::nullopt : std::optional(*move + path.mid(length));
