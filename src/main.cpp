@@ -1,6 +1,7 @@
 // The entry: the state first, then the window on it. With "--test" the program also plays through
 // a small library of its own, prints what it saw, and ends.
 #include <QApplication>
+#include <QSessionManager>
 #include <QTimer>
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 #include "platform/appearance/SystemAppearance.h"
 #include "platform/audio/Outputs.h"
 #include "platform/desktop/Memory.h"
+#include "platform/desktop/TerminationSignals.h"
 #include "platform/settings/Settings.h"
 #include "selftest/SelfTest.h"
 #include "state/AppState.h"
@@ -41,6 +43,22 @@ AppState::Dependencies userDependencies() {
                                   &currentSystemAppearance);
 }
 
+// Everything is saved when the program ends, and when the desktop session asks for that before it
+// ends itself. By then the window system may be gone at any moment.
+void followLifecycle(AppState& state, QApplication& application) {
+    QObject::connect(&application, &QApplication::applicationStateChanged, &state,
+                     [&state](Qt::ApplicationState now) {
+                         if (now == Qt::ApplicationActive) {
+                             state.becameActive();
+                         }
+                     });
+    QObject::connect(
+        &application, &QApplication::commitDataRequest, &state,
+        [&state](QSessionManager&) { state.willTerminate(); }, Qt::DirectConnection);
+    QObject::connect(&application, &QApplication::aboutToQuit, &state,
+                     [&state] { state.willTerminate(); });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -51,6 +69,8 @@ int main(int argc, char** argv) {
     FontPreload fonts;  // Its thread reads the environment, which is not changed from here on.
     QApplication application(argc, argv);
     fonts.applicationIsReady();
+    // Not quit(), which a window may refuse.
+    const TerminationSignals signals([] { QApplication::exit(0); });
     QApplication::setApplicationName(QStringLiteral("Halvenor"));
     QApplication::setDesktopFileName(QStringLiteral("halvenor"));
 
@@ -60,6 +80,7 @@ int main(int argc, char** argv) {
         selfTestHome.emplace();
     }
     AppState state(isSelfTest ? selfTestHome->dependencies() : userDependencies());
+    followLifecycle(state, application);
     installTheme(state, application);
     MainWindow window(state);
     window.show();

@@ -47,6 +47,11 @@ class TrackList {
     /// true for a list and its copies, however their records were updated by updateById or replace.
     bool hasSameRowsAs(const TrackList& other) const { return rows_ && rows_ == other.rows_; }
 
+    /// Stands for "these ids in this order" for as long as somebody holds it. Null for a list that
+    /// never had a row.
+    using RowsIdentity = std::shared_ptr<const void>;
+    RowsIdentity rowsIdentity() const { return rows_; }
+
     class const_iterator {
       public:
         using iterator_category = std::random_access_iterator_tag;

@@ -11,8 +11,6 @@
 
 namespace halvenor {
 
-using namespace std::chrono_literals;
-
 namespace {
 
 constexpr std::chrono::seconds relocationCheckInterval{15};
@@ -34,12 +32,7 @@ AppState::AppState(Dependencies dependencies)
       audioEngine_(std::move(dependencies.audioOutput)),
       playlistManager_(dependencies.dataFolder.appendingPathComponent("playlists.json")),
       relocationStore_(dependencies.dataFolder.appendingPathComponent("relocation.json")),
-      bookmarkResolver_(std::make_shared<BookmarkResolver>()),
-      positionWrites_(1s, [this](double seconds) {
-          if (*audioEngine_.currentTrack) {
-              settings_.setNumber(settingsKeys::lastPosition, seconds);
-          }
-      }) {
+      bookmarkResolver_(std::make_shared<BookmarkResolver>()) {
     connectChangeHandlers();
     restoreSettings();
     loadLibraryBookmarks();
@@ -59,6 +52,7 @@ FileUrl AppState::defaultDataFolder() {
 }
 
 void AppState::willTerminate() {
+    audioEngine_.updateCurrentTime();
     persistPlayer();
     settings_.flush();
     playlistManager_.flush();
@@ -71,6 +65,7 @@ AppState::~AppState() {
     audioEngine_.onLoadFailed = nullptr;
     audioEngine_.onPlaybackEnded = nullptr;
     audioEngine_.onGaplessTransition = nullptr;
+    settings_.setAboutToWriteHandler(nullptr);
 }
 
 void AppState::connectChangeHandlers() {
@@ -128,8 +123,13 @@ void AppState::subscribeToEngine() {
                 settings_.setPath(settingsKeys::lastTrackPath, track->url().standardized().path());
             }
         }));
-    subscriptions_.push_back(audioEngine_.currentTime.subscribe(
-        [this](double seconds) { positionWrites_.push(seconds); }));
+    subscriptions_.push_back(audioEngine_.currentTime.subscribe([this](double seconds) {
+        if (*audioEngine_.currentTrack) {
+            settings_.setNumber(settingsKeys::lastPosition, seconds);
+        }
+    }));
+    // What is put on the disk is the position of that moment, not that of the last display.
+    settings_.setAboutToWriteHandler([this] { audioEngine_.updateCurrentTime(); });
 
     // Each callback runs in a turn of its own, after the step of the engine that called it.
     const QPointer<AppState> self(this);

@@ -11,7 +11,6 @@
 
 #include "base/Published.h"
 #include "base/Task.h"
-#include "base/Throttle.h"
 #include "model/FolderItem.h"
 #include "model/FolderScrollRequest.h"
 #include "model/RepeatMode.h"
@@ -260,24 +259,33 @@ class AppState : public QObject {
     void handleGaplessTransition(const Track& track);
     void repeatModeChanged(RepeatMode mode);
     bool isShuffling() const;
+    /// What follows in the list that plays. May build a shuffle order.
+    std::optional<Track> nextInPlayingQueue();
     bool isAtEndOfPlayingQueue() const;
     /// The one library folder whose tracks make up playingQueue; absent for any other list.
     std::optional<FileUrl> playingSourceFolderURL() const;
+    /// The first row whose track has this URL, standardised, or -1.
+    static qsizetype indexOfUrl(const TrackList& tracks, const FileUrl& url);
 
     // Next folder
     void scheduleNextFolderPreparation();
     Task<> nextFolderPreparation(FileUrl source, std::stop_token token);
-    void activateNextFolder(const PreparedFolderTransition& prepared,
-                            const Track& transitionedTrack);
+    /// Whether the next folder is still wanted, and is that after `source`.
+    bool continuesAfter(const FileUrl& source) const;
+    /// What is prepared, if it is for the folder that plays now; else null.
+    const PreparedFolderTransition* preparedForPlayingFolder() const;
+    void activateNextFolder(PreparedFolderTransition prepared, const Track& transitionedTrack);
     void advanceToNextFolderWhenReady();
     Task<> nextFolderAdvance(FileUrl source, std::stop_token token);
-    void startPreparedNextFolder(const PreparedFolderTransition& prepared);
+    void startPreparedNextFolder(PreparedFolderTransition prepared);
 
     // Session
     void persistPlayer();
     void restorePlayer();
     void restoreLastPlaybackSession();
     Task<> playbackRestore(FileUrl url, double position, std::stop_token token);
+    bool isCurrent(const FileUrl& url) const;
+    void resumeListOf(const FileUrl& url);
     void restoreLastTrackSelectionIfNeeded();
 
     // Playlists
@@ -312,6 +320,13 @@ class AppState : public QObject {
     qsizetype shufflePosition_ = 0;
     std::mt19937 random_{std::random_device{}()};
 
+    /// The folder that all tracks of a list lie in, for the list that was last asked about.
+    struct CommonFolder {
+        TrackList::RowsIdentity rows;
+        std::optional<FileUrl> folder;
+    };
+    mutable CommonFolder commonFolder_;
+
     QHash<QByteArray, std::shared_ptr<TaskSlot>> directoryLoadTasks_;
     bool isPreparedToPlay_ = false;
     TaskSlot metadataLoadTask_;
@@ -336,7 +351,6 @@ class AppState : public QObject {
     std::shared_ptr<BookmarkResolver> bookmarkResolver_;
     Service relocationService_;
 
-    Throttle<double> positionWrites_;
     Subscriptions subscriptions_;
 };
 

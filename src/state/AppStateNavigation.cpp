@@ -132,6 +132,7 @@ Task<> AppState::loadDirectoryTask(FolderItem folder, std::stop_token token) {
     storeListing(folder.id(), listing);
     if (*selectedFolder && (*selectedFolder)->id() == folder.id()) {
         playbackQueue = listing.tracks;
+        restoreLastTrackSelectionIfNeeded();
         startMetadataEnrichment(folder.id());
     }
 }

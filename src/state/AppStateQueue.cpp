@@ -2,6 +2,7 @@
 #include <numeric>
 
 #include "base/FileStatus.h"
+#include "base/MoveTable.h"
 #include "state/AppState.h"
 #include "state/SettingsKeys.h"
 
@@ -16,7 +17,35 @@ namespace {
 
 constexpr qsizetype historyLength = 30;
 
-qsizetype indexOfUrl(const TrackList& tracks, const FileUrl& url) {
+// Whether `path` is `folder`, a slash and a name: then its folder needs no working out.
+bool isPlainlyIn(const QByteArray& path, const QByteArray& folder) {
+    const qsizetype slash = folder.size();
+    return path.startsWith(folder) && path.lastIndexOf('/') == slash && path.size() > slash + 1 &&
+           path.at(slash + 1) != '.';
+}
+
+FileUrl folderOf(const Track& track) {
+    return track.url().deletingLastPathComponent().standardized();
+}
+
+std::optional<FileUrl> commonFolderOf(const TrackList& tracks) {
+    if (tracks.isEmpty()) {
+        return std::nullopt;
+    }
+    const FileUrl folder = folderOf(tracks.first());
+    const bool isCommon = std::all_of(tracks.begin(), tracks.end(), [&](const Track& track) {
+        return isPlainlyIn(track.url().path(), folder.path()) || folderOf(track) == folder;
+    });
+    return isCommon ? std::optional(folder) : std::nullopt;
+}
+
+bool isRowOf(const TrackList& tracks, qsizetype row) {
+    return row >= 0 && row < tracks.size();
+}
+
+}  // namespace
+
+qsizetype AppState::indexOfUrl(const TrackList& tracks, const FileUrl& url) {
     const FileUrl wanted = url.standardized();
     for (qsizetype row = 0; row < tracks.size(); ++row) {
         if (tracks[row].url().standardized() == wanted) {
@@ -26,14 +55,29 @@ qsizetype indexOfUrl(const TrackList& tracks, const FileUrl& url) {
     return -1;
 }
 
-bool isRowOf(const TrackList& tracks, qsizetype row) {
-    return row >= 0 && row < tracks.size();
-}
-
-}  // namespace
-
 bool AppState::isShuffling() const {
     return *isShuffleEnabled && playingQueue->size() >= 2;
+}
+
+bool AppState::isAtEndOfPlayingQueue() const {
+    return isShuffling() ? shufflePosition_ >= static_cast<qsizetype>(shuffleOrder_.size())
+                         : *currentIndex + 1 >= playingQueue->size();
+}
+
+// Asked whenever the last track of a list is told what follows it, and so with each batch of tags:
+// a list of ten thousand is gone through once.
+std::optional<FileUrl> AppState::playingSourceFolderURL() const {
+    const auto rows = playingQueue->rowsIdentity();
+    if (rows != commonFolder_.rows) {
+        commonFolder_.folder = commonFolderOf(*playingQueue);
+        commonFolder_.rows = rows;
+    }
+    const auto& folder = commonFolder_.folder;
+    const bool isInLibrary =
+        folder && std::ranges::any_of(*rootFolders, [&](const FolderItem& root) {
+            return inside(folder->path(), root.id());
+        });
+    return isInLibrary ? folder : std::nullopt;
 }
 
 void AppState::play(const Track& track) {
@@ -64,6 +108,8 @@ void AppState::loadAndPlay(const Track& track) {
     addToPlaybackHistory(*audioEngine_.currentTrack);
     audioEngine_.load(track, 0, true);
     refreshGaplessQueue();
+    scheduleNextFolderPreparation();
+    persistPlayer();
 }
 
 void AppState::playNext() {
@@ -89,11 +135,13 @@ void AppState::playNext() {
     } else {
         hasNext = false;
     }
-    if (!hasNext) {
+    if (hasNext) {
+        loadAndPlay(playingQueue->at(*currentIndex));
+    } else if (*repeatMode == RepeatMode::nextFolder) {
+        advanceToNextFolderWhenReady();
+    } else {
         audioEngine_.stop();
-        return;
     }
-    loadAndPlay(playingQueue->at(*currentIndex));
 }
 
 // However far the track has played, this goes to the one before; where there is none, it restarts.
@@ -147,6 +195,7 @@ void AppState::repeatModeChanged(RepeatMode mode) {
     if (!*audioEngine_.isPlaying) {
         refreshGaplessQueue();
     }
+    scheduleNextFolderPreparation();
 }
 
 void AppState::cycleRepeatMode() {
@@ -190,6 +239,14 @@ std::optional<Track> AppState::gaplessNextTrack() {
     if (playingQueue->isEmpty() || !*audioEngine_.currentTrack) {
         return std::nullopt;
     }
+    if (const auto next = nextInPlayingQueue()) {
+        return next;
+    }
+    const auto* prepared = preparedForPlayingFolder();
+    return prepared != nullptr ? std::optional(prepared->contents.tracks.first()) : std::nullopt;
+}
+
+std::optional<Track> AppState::nextInPlayingQueue() {
     if (isShuffling()) {
         if (shuffleOrder_.empty()) {
             rebuildShuffleOrder(*currentIndex);
@@ -219,6 +276,14 @@ void AppState::handleGaplessTransition(const Track& track) {
         addToPlaybackHistory(playingQueue->at(*currentIndex));
     }
     const FileUrl url = track.url().standardized();
+    if (*repeatMode == RepeatMode::nextFolder && preparedNextFolderTransition_ &&
+        preparedNextFolderTransition_->contents.tracks.first().url().standardized() == url) {
+        activateNextFolder(*preparedNextFolderTransition_, track);
+        persistPlayer();
+        refreshGaplessQueue();
+        scheduleNextFolderPreparation();
+        return;
+    }
     const bool hasOrderLeft =
         isShuffling() && shufflePosition_ < static_cast<qsizetype>(shuffleOrder_.size());
     const qsizetype expected =
@@ -231,6 +296,7 @@ void AppState::handleGaplessTransition(const Track& track) {
         // Queued from an older order, or a wrap around to the head of the list.
         currentIndex = row;
     }
+    persistPlayer();
     refreshGaplessQueue();
 }
 

@@ -19,8 +19,8 @@ using settings::Json;
 
 namespace {
 
-// At most one write in this time while values change.
-constexpr std::chrono::seconds writeDelay{1};
+// At most one write in this time, and no change waits for longer.
+constexpr std::chrono::seconds writeInterval{1};
 
 }  // namespace
 
@@ -30,9 +30,9 @@ class Settings::Impl {
         settings::Contents contents = settings::read(file);
         values_ = std::move(contents.values);
         isDamaged_ = contents.isDamaged;
-        timer_.setSingleShot(true);
-        timer_.setInterval(writeDelay);
-        timer_.callOnTimeout(&timer_, [this] { flush(); });
+        timer_.setTimerType(Qt::PreciseTimer);  // A coarse one may be early.
+        timer_.setInterval(writeInterval);
+        timer_.callOnTimeout(&timer_, [this] { writeInTime(); });
     }
 
     const Json* find(std::string_view key) const {
@@ -57,9 +57,11 @@ class Settings::Impl {
     }
 
     bool flush() {
-        timer_.stop();
         if (!hasChanged_) {
             return true;
+        }
+        if (timer_.isActive()) {
+            timer_.start();  // The next write is due a whole interval from this one.
         }
         try {
             if (isDamaged_) {
@@ -75,7 +77,20 @@ class Settings::Impl {
         return !hasChanged_;
     }
 
+    std::function<void()> onAboutToWrite;
+
   private:
+    // The time goes on after a write, until one ends in which nothing has changed: so a change
+    // that follows a write is in the file an interval after that one, not after itself.
+    void writeInTime() {
+        if (hasChanged_ && onAboutToWrite) {
+            onAboutToWrite();
+        }
+        if (!hasChanged_ || !flush()) {
+            timer_.stop();
+        }
+    }
+
     // The first change starts the time; later ones do not put it off.
     void noteChange() {
         hasChanged_ = true;
@@ -183,6 +198,10 @@ void Settings::setDataByPath(std::string_view key, const QHash<QByteArray, QByte
 
 void Settings::remove(std::string_view key) {
     impl_->remove(key);
+}
+
+void Settings::setAboutToWriteHandler(std::function<void()> handler) {
+    impl_->onAboutToWrite = std::move(handler);
 }
 
 bool Settings::flush() {

@@ -5,6 +5,7 @@
 #include <QList>
 #include <QString>
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -16,9 +17,10 @@ namespace halvenor {
 /// The user's settings: typed values under string keys, in one readable JSON file.
 ///
 /// An absent key is told from a stored false or an empty list; a value of another type reads as
-/// absent. Reads and writes are of memory; the file is written at most once a second while values
-/// change, atomically, and by flush(). Setting an equal value writes nothing. A file that can't be
-/// read as settings is copied aside before it is first overwritten. Paths keep their exact bytes.
+/// absent. Reads and writes are of memory. A change is in the file within a second, and the file is
+/// written at most once in that time, atomically; and by flush(). Setting an equal value writes
+/// nothing. A file that can't be read as settings is copied aside before it is first overwritten.
+/// Paths keep their exact bytes.
 /// docs/settings.md tells the form of the file. Main thread.
 class Settings {
   public:
@@ -54,6 +56,10 @@ class Settings {
     void setDataList(std::string_view key, const QList<QByteArray>& list);
     void setDataByPath(std::string_view key, const QHash<QByteArray, QByteArray>& map);
     void remove(std::string_view key);
+
+    /// Called right before a write that time has brought, not before that of flush(): what goes
+    /// stale by itself can be set once more.
+    void setAboutToWriteHandler(std::function<void()> handler);
 
     /// Writes now what has changed. A failure keeps the values in memory, to be tried again with
     /// the next change. @return whether the file is up to date
