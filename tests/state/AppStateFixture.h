@@ -19,6 +19,8 @@ class AppStateFixture : public testing::Test {
 
     /// Ends the state there is, settings saved, and starts another on the same settings.
     void startState();
+    /// Ends the state, settings saved.
+    void endState() { state_.reset(); }
     AppState& state() { return *state_; }
     AudioEngineManager& engine() { return state_->audioEngine(); }
 
@@ -38,6 +40,11 @@ class AppStateFixture : public testing::Test {
 
     /// Plays to the end of the current track, and on into the next or to the end of all.
     void playTrackToItsEnd();
+
+    /// The file name, without its extension, of the track that the engine has current; "none".
+    QByteArray current();
+    /// The same of the track queued behind it.
+    QByteArray queued();
 
     Settings storedSettings();
 
