@@ -1,8 +1,12 @@
 #include "base/Json.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <nlohmann/json.hpp>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "base/Error.h"
 
@@ -12,55 +16,135 @@ namespace {
 
 using Json = nlohmann::json;
 
-// Our own values nest three deep. The library writes, compares and destroys values recursively, so
+// Our own values nest four deep. The library writes, compares and destroys values recursively, so
 // what is far deeper must not get in.
-constexpr int deepestNesting = 64;
+constexpr size_t deepestNesting = 64;
 constexpr qsizetype longestText = 256 << 20;
 
 [[noreturn]] void refuse(const char* why) {
     throw Error(ErrorKind::format, QString::fromLatin1(why));
 }
 
-// The letter that stands for `byte` after a backslash; 0 for a byte that stands as it is.
-char shortEscape(char byte) {
-    switch (byte) {
-        case '"':
-        case '\\':
-        case '/':
-            return byte;
-        case '\b':
-            return 'b';
-        case '\f':
-            return 'f';
-        case '\n':
-            return 'n';
-        case '\r':
-            return 'r';
-        case '\t':
-            return 't';
-        default:
-            return 0;
+// Puts together what the parser meets. The library's own way of limiting the depth looks through
+// all elements before it at each new one.
+class Builder final : public nlohmann::json_sax<Json> {
+  public:
+    using OnElement = std::function<void(const Json&)>;
+
+    Builder() = default;
+    // Takes an array alone, and lets go of each element once `onElement` has seen it.
+    explicit Builder(const OnElement& onElement) : onElement_(&onElement) {}
+
+    Json takeRoot() { return std::move(root_); }
+
+    bool null() override { return addWhole(nullptr); }
+    bool boolean(bool value) override { return addWhole(value); }
+    bool number_integer(int64_t value) override { return addWhole(value); }
+    bool number_unsigned(uint64_t value) override { return addWhole(value); }
+    bool number_float(double value, const std::string& /*text*/) override {
+        return addWhole(value);
     }
+    bool string(std::string& value) override { return addWhole(std::move(value)); }
+    bool binary(Json::binary_t& value) override { return addWhole(std::move(value)); }
+    bool start_object(size_t /*count*/) override { return open(Json::object()); }
+    bool end_object() override { return close(); }
+    bool start_array(size_t /*count*/) override { return open(Json::array()); }
+    bool end_array() override { return close(); }
+    bool key(std::string& value) override {
+        if (onElement_ && open_.back()->contains(value)) {
+            refuse("A key stands twice");
+        }
+        key_ = std::move(value);
+        return true;
+    }
+    bool parse_error(size_t position, const std::string& /*token*/,
+                     const nlohmann::detail::exception& /*error*/) override {
+        throw Error(ErrorKind::format, QStringLiteral("Not JSON"), static_cast<int64_t>(position));
+    }
+
+  private:
+    Json& add(Json value) {
+        if (open_.empty()) {
+            if (onElement_ && !value.is_array()) {
+                refuse("Not a list");
+            }
+            return root_ = std::move(value);
+        }
+        Json& parent = *open_.back();
+        if (parent.is_array()) {
+            return parent.get_ref<Json::array_t&>().emplace_back(std::move(value));
+        }
+        return parent[key_] = std::move(value);
+    }
+
+    bool addWhole(Json value) {
+        add(std::move(value));
+        handOver();
+        return true;
+    }
+
+    bool open(Json empty) {
+        if (open_.size() == deepestNesting) {
+            refuse("The values are nested too deeply");
+        }
+        open_.push_back(&add(std::move(empty)));
+        return true;
+    }
+
+    bool close() {
+        open_.pop_back();
+        handOver();
+        return true;
+    }
+
+    void handOver() {
+        if (onElement_ && open_.size() == 1) {
+            (*onElement_)(root_.back());
+            root_.clear();
+        }
+    }
+
+    const OnElement* onElement_ = nullptr;
+    Json root_;
+    std::vector<Json*> open_;  // from the root down; what is open stays the last of its parent
+    std::string key_;
+};
+
+void build(const QByteArray& text, Builder& builder) {
+    if (text.size() > longestText) {
+        refuse("The file is too large");
+    }
+    Json::sax_parse(text.begin(), text.end(), &builder);
 }
+
+// What follows the backslash of each byte that does not stand as it is: a letter, 'u' for the four
+// digits of its number.
+constexpr std::array<char, 256> escapes = [] {
+    std::array<char, 256> made{};
+    std::fill_n(made.begin(), 0x20, 'u');
+    made['\b'] = 'b';
+    made['\f'] = 'f';
+    made['\n'] = 'n';
+    made['\r'] = 'r';
+    made['\t'] = 't';
+    for (const unsigned char itself : {'"', '\\', '/'}) {
+        made[itself] = static_cast<char>(itself);
+    }
+    return made;
+}();
 
 }  // namespace
 
 nlohmann::json parseJson(const QByteArray& text) {
-    if (text.size() > longestText) {
-        refuse("The file is too large");
-    }
-    const auto refuseDepth = [](int depth, Json::parse_event_t, Json&) {
-        if (depth > deepestNesting) {
-            refuse("The values are nested too deeply");
-        }
-        return true;
-    };
-    try {
-        return Json::parse(text.begin(), text.end(), refuseDepth);
-    } catch (const Json::parse_error& error) {
-        throw Error(ErrorKind::format, QStringLiteral("Not JSON"),
-                    static_cast<int64_t>(error.byte));
-    }
+    Builder builder;
+    build(text, builder);
+    return builder.takeRoot();
+}
+
+void forEachJsonElement(const QByteArray& text,
+                        const std::function<void(const nlohmann::json&)>& onElement) {
+    Builder builder(onElement);
+    build(text, builder);
 }
 
 std::optional<QByteArray> stringFromJson(const nlohmann::json& value) {
@@ -70,7 +154,7 @@ std::optional<QByteArray> stringFromJson(const nlohmann::json& value) {
 
 std::optional<QByteArray> base64FromJson(const nlohmann::json& value) {
     const auto text = stringFromJson(value);
-    if (!text) {
+    if (!text || text->size() % 4 != 0) {  // Qt takes it without its padding too.
         return std::nullopt;
     }
     auto decoded = QByteArray::fromBase64Encoding(*text, QByteArray::AbortOnBase64DecodingErrors);
@@ -92,17 +176,20 @@ std::optional<QByteArray> pathFromJson(const nlohmann::json& value) {
 
 void appendJsonString(QByteArray& json, QByteArrayView utf8) {
     json.append('"');
-    for (const char byte : utf8) {
-        if (const char letter = shortEscape(byte)) {
-            json.append('\\').append(letter);
-        } else if (static_cast<unsigned char>(byte) < 0x20) {
-            constexpr const char* digits = "0123456789abcdef";
-            json.append("\\u00").append(digits[byte >> 4]).append(digits[byte & 15]);
-        } else {
-            json.append(byte);
+    const char* plain = utf8.begin();
+    for (const char* byte = utf8.begin(); byte != utf8.end(); ++byte) {
+        const char letter = escapes[static_cast<unsigned char>(*byte)];
+        if (letter == 0) {
+            continue;
         }
+        json.append(plain, byte - plain).append('\\').append(letter);
+        if (letter == 'u') {
+            constexpr const char* digits = "0123456789abcdef";
+            json.append("00").append(digits[*byte >> 4]).append(digits[*byte & 15]);
+        }
+        plain = byte + 1;
     }
-    json.append('"');
+    json.append(plain, utf8.end() - plain).append('"');
 }
 
 void appendJsonPath(QByteArray& json, const QByteArray& path) {

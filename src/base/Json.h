@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QByteArrayView>
 
+#include <functional>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 
@@ -15,6 +16,13 @@ namespace halvenor {
 /// @throws Error (format) with the byte offset for bad syntax or UTF-8; Error (format) for values
 /// nested more than 64 deep, or more than 256 MiB of text
 nlohmann::json parseJson(const QByteArray& text);
+
+/// Parses a text that is an array, and hands over its elements one after the other, so that a long
+/// list needs the memory of one of them.
+/// @throws Error (format) as parseJson, and for a text that is no array or an object in it in which
+/// a key stands twice; whatever `onElement` throws
+void forEachJsonElement(const QByteArray& text,
+                        const std::function<void(const nlohmann::json&)>& onElement);
 
 /// A path: a string, or where its bytes are not UTF-8 an object {"bytes": base64}. Absent for
 /// anything else, for a zero byte and for bad base64.

@@ -24,9 +24,23 @@ bool isFolder(const QByteArray& path) {
     return ::stat(path.constData(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
+// Links are followed: one that leads nowhere has nothing to lose, and writing makes its target.
 bool isMissing(const FileUrl& file) {
     struct stat status = {};
-    return ::lstat(file.path().constData(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
+    return ::stat(file.path().constData(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR);
+}
+
+bool isSameItem(const FileUrl& a, const FileUrl& b) {
+    struct stat first = {};
+    struct stat second = {};
+    return ::stat(a.path().constData(), &first) == 0 &&
+           ::stat(b.path().constData(), &second) == 0 && first.st_dev == second.st_dev &&
+           first.st_ino == second.st_ino;
+}
+
+// Tells two contents apart; the fastest that is at hand.
+QByteArray digestOf(const QByteArray& bytes) {
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Blake2b_256);
 }
 
 }  // namespace
@@ -49,7 +63,8 @@ void keepDamagedCopy(const FileUrl& file) {
         // A second name for the same file loses nothing and needs no room. The file itself is left
         // alone from now on: a new one takes its first name.
         if (::linkat(AT_FDCWD, file.path().constData(), AT_FDCWD, copy.path().constData(),
-                     AT_SYMLINK_FOLLOW) == 0) {
+                     AT_SYMLINK_FOLLOW) == 0 ||
+            (errno == EEXIST && isSameItem(file, copy))) {
             return;
         }
         if (errno != EEXIST) {
@@ -71,7 +86,9 @@ class StoreFile::Impl {
             return std::nullopt;
         }
         try {
-            return readFile(url_);
+            QByteArray bytes = readFile(url_);
+            contents_ = digestOf(bytes);
+            return bytes;
         } catch (const std::exception& error) {
             setDamaged();
             qWarning("%s can't be read: %s", url_.path().constData(), error.what());
@@ -119,13 +136,10 @@ class StoreFile::Impl {
         std::unique_lock lock(mutex_);
         while (pending_) {
             const auto encode = std::exchange(pending_, nullptr);
-            const bool isDamaged = isDamaged_;
             lock.unlock();
-            const bool isWritten = write(encode, isDamaged);
+            const bool isWritten = write(encode);
             lock.lock();
-            if (isWritten) {
-                isDamaged_ = false;
-            } else if (!pending_) {
+            if (!isWritten && !pending_) {
                 failed_ = encode;
             }
         }
@@ -133,19 +147,17 @@ class StoreFile::Impl {
         idle_.notify_all();
     }
 
-    bool write(const std::function<QByteArray()>& encode, bool isDamaged) {
+    bool write(const std::function<QByteArray()>& encode) {
         try {
             const QByteArray bytes = encode();
-            const QByteArray digest = QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
-            if (digest == lastWritten_) {
+            const QByteArray digest = digestOf(bytes);
+            if (digest == contents_) {
                 return true;
             }
-            if (isDamaged) {
-                keepDamagedCopy(url_);
-            }
+            keepCopyIfDamaged();
             makeFolders(url_.deletingLastPathComponent());
             writeFileAtomically(url_, bytes);
-            lastWritten_ = digest;
+            contents_ = digest;
             return true;
         } catch (const std::exception& error) {
             qWarning("%s could not be written: %s", url_.path().constData(), error.what());
@@ -153,8 +165,19 @@ class StoreFile::Impl {
         }
     }
 
+    // Once, however often the writing after it fails.
+    void keepCopyIfDamaged() {
+        std::unique_lock lock(mutex_);
+        if (isDamaged_) {
+            lock.unlock();
+            keepDamagedCopy(url_);
+            lock.lock();
+            isDamaged_ = false;
+        }
+    }
+
     const FileUrl url_;
-    QByteArray lastWritten_;  // SHA-256; the writing thread's alone
+    QByteArray contents_;  // digest of what was read or written last; the writing thread's alone
     mutable std::mutex mutex_;
     std::condition_variable idle_;
     std::function<QByteArray()> pending_;

@@ -24,7 +24,8 @@ void keepDamagedCopy(const FileUrl& file);
 /// Writing is atomic. A file that can't be read, or that its store could not understand, is kept
 /// aside before it is first overwritten; if that fails, nothing is written. Failures go to the log:
 /// the store goes on in memory, and the next save or flush tries again. Bytes equal to those last
-/// written are not written again. One owner thread; the encoding runs on a thread of the object's.
+/// read or written are not written again. One owner thread; the encoding runs on a thread of the
+/// object's.
 class StoreFile {
   public:
     explicit StoreFile(FileUrl url);
@@ -35,7 +36,8 @@ class StoreFile {
 
     const FileUrl& url() const;
 
-    /// The file's bytes; absent when there is none, or when it can't be read.
+    /// The file's bytes; absent when there is none, or when it can't be read. Before the first
+    /// save; any thread, if the owner waits for it.
     std::optional<QByteArray> read();
     /// What was read could not be understood.
     void setDamaged();
