@@ -22,6 +22,44 @@ qsizetype extensionDot(const QByteArray& name) {
     return onlyLeading || dot + 1 == name.size() ? -1 : dot;
 }
 
+// Takes `prefix`, in whatever case, off the beginning of `text`. @return whether it was there
+bool removePrefix(QByteArrayView& text, QByteArrayView prefix) {
+    const bool isThere = text.size() >= prefix.size() &&
+                         text.first(prefix.size()).compare(prefix, Qt::CaseInsensitive) == 0;
+    text = isThere ? text.sliced(prefix.size()) : text;
+    return isThere;
+}
+
+// The value of a hexadecimal digit; negative for any other character.
+int hexValue(char c) {
+    if (c >= '0' && c <= '9') {
+        return c - '0';
+    }
+    const char lower = static_cast<char>(c | 0x20);
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+// Absent where two digits do not follow a percent sign, which Qt would make some byte of.
+std::optional<QByteArray> percentDecoded(QByteArrayView text) {
+    QByteArray bytes(text.size(), Qt::Uninitialized);
+    char* end = bytes.data();
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i] != '%') {
+            *end++ = text[i];
+            continue;
+        }
+        const int high = i + 2 < text.size() ? hexValue(text[i + 1]) : -1;
+        const int low = i + 2 < text.size() ? hexValue(text[i + 2]) : -1;
+        if (high < 0 || low < 0) {
+            return std::nullopt;
+        }
+        *end++ = static_cast<char>(high << 4 | low);
+        i += 2;
+    }
+    bytes.truncate(end - bytes.constData());
+    return bytes;
+}
+
 }  // namespace
 
 FileUrl::FileUrl(QByteArray path) : path_(withoutTrailingSlashes(std::move(path))) {}
@@ -101,23 +139,13 @@ QByteArray FileUrl::encoded() const {
     return "file://" + path_.toPercentEncoding("/");
 }
 
-std::optional<FileUrl> FileUrl::fromEncoded(const QByteArray& text) {
-    static const QByteArray scheme = "file:";
-    static const QByteArray host = "//localhost";
-    if (text.left(scheme.size()).toLower() != scheme) {
-        return std::nullopt;
+std::optional<FileUrl> FileUrl::fromEncoded(QByteArrayView text) {
+    const bool hasScheme = removePrefix(text, "file:");
+    if (hasScheme && !removePrefix(text, "//localhost")) {
+        removePrefix(text, "//");
     }
-    QByteArray rest = text.mid(scheme.size());
-    if (rest.left(host.size()).toLower() == host) {
-        rest = rest.mid(host.size());
-    } else if (rest.startsWith("//")) {
-        rest = rest.mid(2);
-    }
-    const QByteArray path = QByteArray::fromPercentEncoding(rest);
-    if (!rest.startsWith('/') || path.contains('\0')) {
-        return std::nullopt;
-    }
-    return FileUrl(path);
+    const auto path = hasScheme && text.startsWith('/') ? percentDecoded(text) : std::nullopt;
+    return path && !path->contains('\0') ? std::optional(FileUrl(*path)) : std::nullopt;
 }
 
 QString displayText(const QByteArray& pathBytes) {

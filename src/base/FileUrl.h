@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QByteArrayView>
 #include <QHashFunctions>
 #include <QList>
 #include <QString>
@@ -42,8 +43,9 @@ class FileUrl {
     /// percent-encoded, so that any bytes survive.
     QByteArray encoded() const;
     /// Reads what encoded() writes, with "localhost" or no host, and "file:/path". Absent for any
-    /// other scheme or host, and where a zero byte is encoded, which no path can hold.
-    static std::optional<FileUrl> fromEncoded(const QByteArray& text);
+    /// other scheme or host, for a percent sign without two digits after it, and where a zero byte
+    /// is encoded, which no path can hold.
+    static std::optional<FileUrl> fromEncoded(QByteArrayView text);
 
     friend bool operator==(const FileUrl& a, const FileUrl& b) { return a.path_ == b.path_; }
     friend size_t qHash(const FileUrl& url, size_t seed = 0) noexcept {

@@ -97,7 +97,11 @@ TEST(FileUrl, ReadsOnlyUrlsOfLocalFiles) {
                                              "file://host/a",
                                              "file:a/b",
                                              "file://localhostile/a",
-                                             "file:///etc/passwd%00.mp3"};
+                                             "file:///etc/passwd%00.mp3",
+                                             "file:///100%",
+                                             "file:///100%4",
+                                             "file:///100%.mp3",
+                                             "file:///%4g"};
     for (const QByteArray& text : refused) {
         EXPECT_EQ(FileUrl::fromEncoded(text), std::nullopt) << text.constData();
     }
