@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <set>
 #include <string>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -17,6 +16,7 @@ namespace halvenor {
 namespace {
 
 using test::TemporaryFolder;
+using test::TinyFileSystem;
 using test::Unprivileged;
 
 struct stat statusOf(const FileUrl& url) {
@@ -130,26 +130,6 @@ TEST(AtomicFile, LeavesTheOldFileWhereWritingIsNotAllowed) {
     EXPECT_EQ(entriesOf(folder.url()), (std::set<std::string>{"guarded", "read-only"}));
     ASSERT_EQ(::chmod(folder.path("guarded").constData(), 0700), 0);
 }
-
-// A file system of 256 kB.
-class TinyFileSystem {
-  public:
-    explicit TinyFileSystem(const FileUrl& folder) : path_(folder.path()) {
-        isMounted_ = ::mount("tmpfs", path_.constData(), "tmpfs", 0, "size=256k,mode=700") == 0;
-    }
-    TinyFileSystem(const TinyFileSystem&) = delete;
-    TinyFileSystem& operator=(const TinyFileSystem&) = delete;
-    ~TinyFileSystem() {
-        if (isMounted_) {
-            ::umount(path_.constData());
-        }
-    }
-    bool isMounted() const { return isMounted_; }
-
-  private:
-    QByteArray path_;
-    bool isMounted_ = false;
-};
 
 TEST(AtomicFile, LeavesTheOldFileOnAFullDisk) {
     const TemporaryFolder folder;

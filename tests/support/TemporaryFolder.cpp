@@ -4,8 +4,10 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <sched.h>
 #include <stdexcept>
 #include <string>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
@@ -83,6 +85,19 @@ Unprivileged::Unprivileged(const TemporaryFolder& folder) : wasRoot_(::geteuid()
 Unprivileged::~Unprivileged() {
     if (wasRoot_ && ::seteuid(0) != 0) {
         std::abort();
+    }
+}
+
+// In a view of the file system of this thread's own, and of those that it starts from now on.
+TinyFileSystem::TinyFileSystem(const FileUrl& folder) : path_(folder.path()) {
+    isMounted_ = ::unshare(CLONE_NEWNS) == 0 &&
+                 ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                 ::mount("tmpfs", path_.constData(), "tmpfs", 0, "size=256k,mode=700") == 0;
+}
+
+TinyFileSystem::~TinyFileSystem() {
+    if (isMounted_) {
+        ::umount2(path_.constData(), MNT_DETACH);
     }
 }
 

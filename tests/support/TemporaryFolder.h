@@ -43,4 +43,20 @@ class Unprivileged {
     bool wasRoot_;
 };
 
+/// A file system of 256 kB on a folder, seen by this process alone and gone with the object.
+class TinyFileSystem {
+  public:
+    explicit TinyFileSystem(const FileUrl& folder);
+    TinyFileSystem(const TinyFileSystem&) = delete;
+    TinyFileSystem& operator=(const TinyFileSystem&) = delete;
+    ~TinyFileSystem();
+
+    /// Whether there is one: only root can mount.
+    bool isMounted() const { return isMounted_; }
+
+  private:
+    QByteArray path_;
+    bool isMounted_ = false;
+};
+
 }  // namespace halvenor::test
