@@ -40,7 +40,7 @@ class PlaylistManager {
     void addTrack(const Track& track, const QUuid& id);
     /// Adds, in order, those the playlist does not have yet; saves once.
     void addTracks(const QList<Track>& tracks, const QUuid& id);
-    /// Removes the track wherever it occurs.
+    /// Removes the track wherever its place occurs, however it is written ("/m/./a" is "/m/a").
     void removeTrack(const Track& track, const QUuid& id);
     /// The favourites; makes them if there are none.
     Playlist favoritesPlaylist();
@@ -50,9 +50,11 @@ class PlaylistManager {
     void relocatePaths(const MoveTable& moves);
 
     /// Adds a playlist from an M3U file, named as the file: a path a line, "#" lines left out, each
-    /// taken literally. @throws Error (io); Error (format) for text that is not UTF-8
+    /// taken literally; a relative one starts from the process's working folder.
+    /// @throws Error (io); Error (format) for what is not UTF-8 text, or more than 64 MiB of it
     Playlist importM3U(const FileUrl& url);
-    /// Writes the playlist's paths as an M3U file, atomically. @throws Error (io)
+    /// Writes the playlist's paths as an M3U file, atomically.
+    /// @throws Error (io); Error (format), before anything is written, for a path with a newline
     void exportToM3U(const Playlist& playlist, const FileUrl& destination) const;
 
     /// The playlist's tracks with their tags, in order; missing files are left out. A stopped call
@@ -63,9 +65,11 @@ class PlaylistManager {
     bool flush() { return file_.flush(); }
 
   private:
-    void save();
+    void publish(Playlists changed);
+    Playlist append(const QString& name, const QList<FileUrl>& urls);
 
     StoreFile file_;
+    Service lookups_;  // which files are there
 };
 
 }  // namespace halvenor

@@ -1,0 +1,194 @@
+// What is in the file, whatever the disk does; and M3U files beside it.
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+#include "PlaylistFixture.h"
+#include "base/AtomicFile.h"
+#include "base/Error.h"
+
+namespace halvenor::test {
+namespace {
+
+class Storage : public PlaylistFixture {
+  protected:
+    static bool exists(const FileUrl& url) {
+        struct stat status = {};
+        return ::lstat(url.path().constData(), &status) == 0;
+    }
+    FileUrl aside(int number) const {
+        return FileUrl(storage().path() + ".damaged-" + QByteArray::number(number));
+    }
+    static void setMode(const FileUrl& url, mode_t mode) {
+        ASSERT_EQ(::chmod(url.path().constData(), mode), 0);
+    }
+};
+
+TEST_F(Storage, NothingIsWrittenUntilSomethingIsMade) {
+    EXPECT_TRUE(manager().playlists->isEmpty());
+    EXPECT_EQ(manager().storageURL(), storage());
+    restart();
+    EXPECT_FALSE(exists(storage().deletingLastPathComponent()));
+    manager().createPlaylist(QStringLiteral("p"), {});
+    ASSERT_TRUE(manager().flush());
+    EXPECT_EQ(decodedPlaylists(readFile(storage())), *manager().playlists);
+}
+
+TEST_F(Storage, EveryChangeSurvivesARestart) {
+    const QList<Track> tracks = {trackAt("/m/100% \"#?\"\n\xE9\xFF"), trackAt("/gone/1"),
+                                 trackAt("/gone/1")};
+    const QUuid first = manager().createPlaylist(QStringLiteral("one \xE9"), tracks).id;
+    const QUuid second = manager().createPlaylist(QStringLiteral("one \xE9"), {}).id;
+    const auto survives = [&](const char* change) {
+        const Playlists before = *manager().playlists;
+        EXPECT_EQ(*restart().playlists, before) << change;
+    };
+    survives("create");
+    EXPECT_EQ(manager().playlists->at(0).trackURLs.at(0).path(), "/m/100% \"#?\"\n\xE9\xFF");
+    manager().addTrack(trackAt("/a"), second);
+    survives("add");
+    manager().removeTrack(trackAt("/gone/1"), first);
+    survives("remove");
+    manager().rename(second, QStringLiteral("two"));
+    survives("rename");
+    manager().relocatePaths({{"/a", "/b"}});
+    survives("relocate");
+    manager().favoritesPlaylist();
+    survives("favorites");
+    manager().deletePlaylist(first);
+    survives("delete");
+    EXPECT_EQ(manager().playlists->size(), 2);
+    EXPECT_EQ(manager().playlists->at(0).trackURLs, QList<FileUrl>{FileUrl("/b")});
+}
+
+TEST_F(Storage, ADamagedFileIsKeptAsideBeforeItIsOverwritten) {
+    const std::vector<QByteArray> damaged = {"", "[", R"([{"name":"p","trackURLs":[]}])",
+                                             QByteArray(200'000, '[')};
+    for (size_t i = 0; i < damaged.size(); ++i) {
+        const FileUrl copy = aside(static_cast<int>(i) + 1);
+        directory().makeFile("data/playlists.json", damaged[i]);
+        EXPECT_TRUE(restart().playlists->isEmpty());
+        ASSERT_TRUE(manager().flush());
+        EXPECT_EQ(readFile(storage()), damaged[i]) << "untouched until there is something to save";
+        EXPECT_FALSE(exists(copy));
+        manager().createPlaylist(QStringLiteral("new"), {});
+        ASSERT_TRUE(manager().flush());
+        EXPECT_EQ(readFile(copy), damaged[i]);
+        EXPECT_EQ(restart().playlists->size(), 1);
+        manager().createPlaylist(QStringLiteral("another"), {});
+        ASSERT_TRUE(manager().flush());
+        EXPECT_FALSE(exists(aside(static_cast<int>(i) + 2))) << "kept once";
+    }
+}
+
+TEST_F(Storage, AFileThatMayNotBeReadIsNotLost) {
+    const Unprivileged rights(directory());
+    manager().createPlaylist(QStringLiteral("old"), {trackAt("/a")});
+    ASSERT_TRUE(manager().flush());
+    const QByteArray old = readFile(storage());
+    setMode(storage(), 0000);
+    EXPECT_TRUE(restart().playlists->isEmpty());
+    manager().createPlaylist(QStringLiteral("new"), {});
+    manager().flush();
+    // Its bytes are under one of the two names, whether or not the new list could be put down.
+    const FileUrl kept = exists(aside(1)) ? aside(1) : storage();
+    setMode(kept, 0600);
+    EXPECT_EQ(readFile(kept), old);
+}
+
+TEST_F(Storage, AFolderThatIsReadOnlyKeepsTheOldFileAndTakesTheNextSave) {
+    const Unprivileged rights(directory());
+    const QUuid id = manager().createPlaylist(QStringLiteral("old"), {}).id;
+    ASSERT_TRUE(manager().flush());
+    const QByteArray old = readFile(storage());
+    const FileUrl folder = storage().deletingLastPathComponent();
+    setMode(folder, 0500);
+    manager().addTrack(trackAt("/a"), id);
+    EXPECT_FALSE(manager().flush());
+    EXPECT_EQ(readFile(storage()), old);
+    EXPECT_EQ(manager().playlists->at(0).trackURLs.size(), 1) << "the list goes on in memory";
+
+    setMode(folder, 0700);
+    EXPECT_TRUE(manager().flush()) << "what had failed is tried again";
+    EXPECT_EQ(decodedPlaylists(readFile(storage())), *manager().playlists);
+}
+
+TEST_F(Storage, AFullDiskKeepsTheOldFileAndTakesTheNextSave) {
+    const TinyFileSystem disk(directory().makeFolder("data"));
+    if (!disk.isMounted()) {
+        GTEST_SKIP() << "mounting a small file system is not allowed here";
+    }
+    const auto tracks = [](int count) {
+        QList<Track> made;
+        for (int i = 0; i < count; ++i) {
+            made.append(trackAt("/music/" + QByteArray(80, 'a') + QByteArray::number(i)));
+        }
+        return made;
+    };
+    const QUuid id = manager().createPlaylist(QStringLiteral("p"), tracks(1000)).id;
+    ASSERT_TRUE(manager().flush());
+    const QByteArray old = readFile(storage());
+    manager().addTracks(tracks(2500), id);
+    EXPECT_FALSE(manager().flush());
+    EXPECT_EQ(readFile(storage()), old);
+    manager().deletePlaylist(id);
+    const Playlist small = manager().createPlaylist(QStringLiteral("small"), {});
+    EXPECT_TRUE(manager().flush());
+    EXPECT_EQ(*restart().playlists, Playlists{small});
+}
+
+TEST_F(Storage, ImportMakesAPlaylistNamedAsTheFile) {
+    const FileUrl file =
+        directory().makeFile("My.Mix \xE9.m3u8", "#EXTM3U\r\n/m/1.mp3\r\nhere/2\r\n");
+    const Playlist imported = manager().importM3U(file);
+    EXPECT_EQ(imported.name, QStringLiteral("My.Mix \uFFFD"));
+    ASSERT_EQ(imported.trackURLs.size(), 2);
+    EXPECT_EQ(imported.trackURLs[0], FileUrl("/m/1.mp3"));
+    char here[4096] = {};
+    ASSERT_NE(::getcwd(here, sizeof here), nullptr);
+    EXPECT_EQ(imported.trackURLs[1], FileUrl(QByteArray(here) + "/here/2"));
+    EXPECT_EQ(*restart().playlists, Playlists{imported});
+    EXPECT_NE(manager().importM3U(file).id, imported.id) << "twice is two playlists";
+}
+
+TEST_F(Storage, AnImportThatFailsLeavesNothing) {
+    directory().makeFile("latin.m3u", "/m/caf\xE9.mp3\n");
+    directory().makeFolder("folder.m3u");
+    const FileUrl large = directory().makeFile("large.m3u");
+    ASSERT_EQ(::truncate(large.path().constData(), (64 << 20) + 1), 0);
+    const std::vector<std::pair<const char*, ErrorKind>> cases = {{"latin.m3u", ErrorKind::format},
+                                                                  {"large.m3u", ErrorKind::format},
+                                                                  {"folder.m3u", ErrorKind::io},
+                                                                  {"missing.m3u", ErrorKind::io}};
+    for (const auto& [name, kind] : cases) {
+        try {
+            manager().importM3U(directory().at(name));
+            ADD_FAILURE() << name;
+        } catch (const Error& error) {
+            EXPECT_EQ(error.kind(), kind) << name;
+        }
+    }
+    EXPECT_TRUE(manager().playlists->isEmpty());
+    ASSERT_TRUE(manager().flush());
+    EXPECT_FALSE(exists(storage()));
+}
+
+TEST_F(Storage, ExportWritesAllOrNothing) {
+    const FileUrl file = directory().at("out \xFF.m3u");
+    const Playlist playlist{QUuid(), QStringLiteral("p"), {FileUrl("/m/a"), FileUrl("/m/\xE9")}};
+    manager().exportToM3U(playlist, file);
+    EXPECT_EQ(readFile(file), "#EXTM3U\n/m/a\n/m/\xE9\n");
+    struct stat status = {};
+    ASSERT_EQ(::stat(file.path().constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0644U);
+
+    const Playlist twoLines{QUuid(), QStringLiteral("p"), {FileUrl("/m/a\nb")}};
+    EXPECT_THROW(manager().exportToM3U(twoLines, file), Error);
+    EXPECT_EQ(readFile(file), "#EXTM3U\n/m/a\n/m/\xE9\n");
+    EXPECT_THROW(manager().exportToM3U(playlist, directory().at("missing/out.m3u")), Error);
+    EXPECT_TRUE(manager().playlists->isEmpty()) << "an export is no change";
+}
+
+}  // namespace
+}  // namespace halvenor::test
