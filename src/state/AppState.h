@@ -189,6 +189,8 @@ class AppState : public QObject {
     void checkRelocations();
     /// Lets the user say where a folder is now. Its contents are compared before a link is changed.
     void relocateFolder(const FileUrl& folder);
+    /// We have put a new file in the place of this one: what finds it again is made anew.
+    void fileWasReplaced(const FileUrl& file);
     /// The top-most remembered folders that are missing from Locations that are there, in order.
     std::vector<FileUrl> missingRelocationFolders() const;
 

@@ -169,6 +169,13 @@ Task<> AppState::relocationCheck(std::stop_token token) {
     finishedRelocationChecks = *finishedRelocationChecks + 1;
 }
 
+void AppState::fileWasReplaced(const FileUrl& file) {
+    relocationStore_.renewBookmarks({file.standardized().path()});
+    if (relocationTask_.isOccupied()) {
+        relocationRequested_ = true;  // What the check is preparing does not know of the new file.
+    }
+}
+
 // A volume that has come back is listed again: its root, and the open folder in it.
 void AppState::noteAvailableLocations(const QSet<QByteArray>& available) {
     const QSet<QByteArray> returned = available - *availableLocationPaths;
