@@ -3,6 +3,7 @@
 #include <QtGlobal>
 
 #include <pwd.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace halvenor {
@@ -36,6 +37,16 @@ FileUrl dataHome() {
 
 FileUrl cacheHome() {
     return folderFrom("XDG_CACHE_HOME", ".cache");
+}
+
+std::optional<FileUrl> runtimeHome() {
+    const QByteArray configured = qgetenv("XDG_RUNTIME_DIR");
+    struct stat status = {};
+    const bool isPrivate = configured.startsWith('/') &&
+                           ::stat(configured.constData(), &status) == 0 &&
+                           S_ISDIR(status.st_mode) && status.st_uid == ::geteuid() &&
+                           (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+    return isPrivate ? std::optional(FileUrl(configured)) : std::nullopt;
 }
 
 }  // namespace halvenor

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "base/FileUrl.h"
 
 namespace halvenor {
@@ -10,5 +12,10 @@ namespace halvenor {
 FileUrl configurationHome();
 FileUrl dataHome();
 FileUrl cacheHome();
+
+/// The folder for what lives as long as the user is logged in: sockets and locks (XDG_RUNTIME_DIR).
+/// Absent where the environment names none, or one that is not this user's alone: programs run as
+/// another user may inherit the variable. Looks at the disk.
+std::optional<FileUrl> runtimeHome();
 
 }  // namespace halvenor
