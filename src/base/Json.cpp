@@ -29,12 +29,6 @@ constexpr qsizetype longestText = 256 << 20;
 // all elements before it at each new one.
 class Builder final : public nlohmann::json_sax<Json> {
   public:
-    using OnElement = std::function<void(const Json&)>;
-
-    Builder() = default;
-    // Takes an array alone, and lets go of each element once `onElement` has seen it.
-    explicit Builder(const OnElement& onElement) : onElement_(&onElement) {}
-
     Json takeRoot() { return std::move(root_); }
 
     bool null() override { return addWhole(nullptr); }
@@ -51,9 +45,6 @@ class Builder final : public nlohmann::json_sax<Json> {
     bool start_array(size_t /*count*/) override { return open(Json::array()); }
     bool end_array() override { return close(); }
     bool key(std::string& value) override {
-        if (onElement_ && open_.back()->contains(value)) {
-            refuse("A key stands twice");
-        }
         key_ = std::move(value);
         return true;
     }
@@ -65,9 +56,6 @@ class Builder final : public nlohmann::json_sax<Json> {
   private:
     Json& add(Json value) {
         if (open_.empty()) {
-            if (onElement_ && !value.is_array()) {
-                refuse("Not a list");
-            }
             return root_ = std::move(value);
         }
         Json& parent = *open_.back();
@@ -79,7 +67,6 @@ class Builder final : public nlohmann::json_sax<Json> {
 
     bool addWhole(Json value) {
         add(std::move(value));
-        handOver();
         return true;
     }
 
@@ -93,29 +80,13 @@ class Builder final : public nlohmann::json_sax<Json> {
 
     bool close() {
         open_.pop_back();
-        handOver();
         return true;
     }
 
-    void handOver() {
-        if (onElement_ && open_.size() == 1) {
-            (*onElement_)(root_.back());
-            root_.clear();
-        }
-    }
-
-    const OnElement* onElement_ = nullptr;
     Json root_;
     std::vector<Json*> open_;  // from the root down; what is open stays the last of its parent
     std::string key_;
 };
-
-void build(const QByteArray& text, Builder& builder) {
-    if (text.size() > longestText) {
-        refuse("The file is too large");
-    }
-    Json::sax_parse(text.begin(), text.end(), &builder);
-}
 
 // What follows the backslash of each byte that does not stand as it is: a letter, 'u' for the four
 // digits of its number.
@@ -136,15 +107,12 @@ constexpr std::array<char, 256> escapes = [] {
 }  // namespace
 
 nlohmann::json parseJson(const QByteArray& text) {
+    if (text.size() > longestText) {
+        refuse("The file is too large");
+    }
     Builder builder;
-    build(text, builder);
+    Json::sax_parse(text.begin(), text.end(), &builder);
     return builder.takeRoot();
-}
-
-void forEachJsonElement(const QByteArray& text,
-                        const std::function<void(const nlohmann::json&)>& onElement) {
-    Builder builder(onElement);
-    build(text, builder);
 }
 
 std::optional<QByteArray> stringFromJson(const nlohmann::json& value) {
@@ -152,13 +120,17 @@ std::optional<QByteArray> stringFromJson(const nlohmann::json& value) {
     return text ? std::optional(QByteArray::fromStdString(*text)) : std::nullopt;
 }
 
-std::optional<QByteArray> base64FromJson(const nlohmann::json& value) {
-    const auto text = stringFromJson(value);
-    if (!text || text->size() % 4 != 0) {  // Qt takes it without its padding too.
+std::optional<QByteArray> bytesFromBase64(const QByteArray& text) {
+    if (text.size() % 4 != 0) {  // Qt takes it without its padding too.
         return std::nullopt;
     }
-    auto decoded = QByteArray::fromBase64Encoding(*text, QByteArray::AbortOnBase64DecodingErrors);
+    auto decoded = QByteArray::fromBase64Encoding(text, QByteArray::AbortOnBase64DecodingErrors);
     return decoded ? std::optional(std::move(*decoded)) : std::nullopt;
+}
+
+std::optional<QByteArray> base64FromJson(const nlohmann::json& value) {
+    const auto text = stringFromJson(value);
+    return text ? bytesFromBase64(*text) : std::nullopt;
 }
 
 std::optional<QByteArray> pathFromJson(const nlohmann::json& value) {

@@ -3,7 +3,6 @@
 #include <QByteArray>
 #include <QByteArrayView>
 
-#include <functional>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 
@@ -17,13 +16,6 @@ namespace halvenor {
 /// nested more than 64 deep, or more than 256 MiB of text
 nlohmann::json parseJson(const QByteArray& text);
 
-/// Parses a text that is an array, and hands over its elements one after the other, so that a long
-/// list needs the memory of one of them.
-/// @throws Error (format) as parseJson, and for a text that is no array or an object in it in which
-/// a key stands twice; whatever `onElement` throws
-void forEachJsonElement(const QByteArray& text,
-                        const std::function<void(const nlohmann::json&)>& onElement);
-
 /// A path: a string, or where its bytes are not UTF-8 an object {"bytes": base64}. Absent for
 /// anything else, for a zero byte and for bad base64.
 std::optional<QByteArray> pathFromJson(const nlohmann::json& value);
@@ -31,7 +23,10 @@ std::optional<QByteArray> pathFromJson(const nlohmann::json& value);
 /// A string's bytes. Absent for another kind of value.
 std::optional<QByteArray> stringFromJson(const nlohmann::json& value);
 
-/// The bytes that a base64 string (RFC 4648, section 4) stands for. Absent for anything else.
+/// The bytes that a base64 text (RFC 4648, section 4) stands for. Absent for anything else.
+std::optional<QByteArray> bytesFromBase64(const QByteArray& text);
+
+/// The same of a base64 string. Absent for another kind of value too.
 std::optional<QByteArray> base64FromJson(const nlohmann::json& value);
 
 /// Appends a string with its quotation marks. `utf8` is valid UTF-8.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <utility>
 
 #include "base/Error.h"
@@ -213,6 +214,33 @@ void JsonReader::skipValue() {
         default:
             skipNumber();
     }
+}
+
+bool JsonReader::skipNull() {
+    const bool isNull = peek() == 'n';
+    if (isNull) {
+        skipLiteral("null");
+    }
+    return isNull;
+}
+
+bool JsonReader::boolean() {
+    const bool isTrue = peek() == 't';
+    skipLiteral(isTrue ? "true" : "false");
+    return isTrue;
+}
+
+double JsonReader::number() {
+    peek();
+    const qsizetype start = offset_;
+    skipNumber();
+    double value = 0;
+    const auto result =
+        std::from_chars(text_.constData() + start, text_.constData() + offset_, value);
+    if (result.ec != std::errc()) {
+        refuse("A number out of range");
+    }
+    return value;
 }
 
 void JsonReader::skipLiteral(std::string_view literal) {

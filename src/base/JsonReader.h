@@ -36,8 +36,15 @@ class JsonReader {
     std::optional<QByteArrayView> nextKey();
     /// A string's UTF-8; valid as long as a key.
     QByteArrayView string();
+    bool boolean();
+    /// The nearest double; a number beyond the range of doubles is refused.
+    double number();
     /// Passes over a value of any kind.
     void skipValue();
+    /// Passes over a null, if that is what stands there. @return whether it is
+    bool skipNull();
+    /// Whether an object stands there.
+    bool isObject() { return peek() == '{'; }
     /// Nothing but white space may stand here.
     void end();
 

@@ -51,8 +51,11 @@ void makeFolders(const FileUrl& folder) {
         return;
     }
     makeFolders(folder.deletingLastPathComponent());
-    if (::mkdir(path.constData(), 0700) != 0 && !isFolder(path)) {
-        throw Error::fromErrno(errno);
+    if (::mkdir(path.constData(), 0700) != 0) {
+        const int reason = errno;
+        if (!isFolder(path)) {
+            throw Error::fromErrno(reason);
+        }
     }
 }
 

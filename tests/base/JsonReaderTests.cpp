@@ -55,6 +55,31 @@ TEST(JsonReader, GivesWhatStandsThere) {
     reader.end();
 }
 
+TEST(JsonReader, GivesNumbersAndWordsAsTheyAre) {
+    JsonReader reader(" [ -0.25 , 18446744073709551615,1e-7, true,false , null, {}] ");
+    reader.beginArray();
+    for (const double expected : {-0.25, 18446744073709551615.0, 1e-7}) {
+        ASSERT_TRUE(reader.nextElement());
+        EXPECT_FALSE(reader.skipNull() || reader.isObject());
+        EXPECT_EQ(reader.number(), expected);
+    }
+    ASSERT_TRUE(reader.nextElement());
+    EXPECT_TRUE(reader.boolean());
+    ASSERT_TRUE(reader.nextElement());
+    EXPECT_FALSE(reader.boolean());
+    ASSERT_TRUE(reader.nextElement());
+    EXPECT_TRUE(reader.skipNull());
+    ASSERT_TRUE(reader.nextElement());
+    EXPECT_TRUE(reader.isObject());
+    for (const char* text : {"1e999", "\"1\"", "NaN", "- 1", ".5", "", "null"}) {
+        EXPECT_THROW(JsonReader(text).number(), Error) << text;
+    }
+    for (const char* text : {"1", "trUe", "True", "null", "fals", ""}) {
+        EXPECT_THROW(JsonReader(text).boolean(), Error) << text;
+    }
+    EXPECT_THROW(JsonReader("nul").skipNull(), Error);
+}
+
 TEST(JsonReader, RefusesWhereAnotherKindIsAskedFor) {
     for (const char* text : {"1", "null", "\"a\"", "[]", "{}", ""}) {
         const QByteArrayView begin(text);
