@@ -1,5 +1,6 @@
 #include "model/scanner/DirectoryReader.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -34,8 +35,10 @@ DirectoryReader::~DirectoryReader() {
 
 std::optional<DirectoryReader::Entry> DirectoryReader::next() {
     while (stream_) {
+        errno = 0;
         const dirent* const entry = ::readdir(stream_);
         if (!entry) {
+            hasFailed_ = errno != 0;
             break;
         }
         const std::string_view name(entry->d_name);

@@ -36,6 +36,10 @@ class DirectoryReader {
     /// Absent after the last entry.
     std::optional<Entry> next();
 
+    /// Whether the folder could be opened and nothing has failed since: after the last entry,
+    /// whether it was read to its end.
+    bool isIntact() const { return stream_ != nullptr && !hasFailed_; }
+
     /// The size of a file of this folder in bytes, or 0 when the system does not tell.
     int64_t fileSize(std::string_view name) const;
 
@@ -43,6 +47,7 @@ class DirectoryReader {
     Entry classified(std::string_view name) const;
 
     DIR* stream_ = nullptr;
+    bool hasFailed_ = false;
 };
 
 }  // namespace halvenor

@@ -1,0 +1,158 @@
+#include <gmock/gmock.h>
+
+#include "base/AtomicFile.h"
+#include "relocation/FileTools.h"
+#include "relocation/MoveDetection.h"
+#include "relocation/RelocationStore.h"
+#include "support/TemporaryFolder.h"
+
+namespace halvenor {
+namespace {
+
+using testing::IsEmpty;
+
+using Paths = QSet<QByteArray>;
+
+// A Location with a remembered album, and a resolver that was told of it. As in a later run, the
+// records have been through the file.
+class MoveDetection : public testing::Test {
+  protected:
+    MoveDetection() {
+        for (const char* name : {"1.mp3", "2.mp3", "CD 2/3.mp3"}) {
+            files.insert(
+                folder.makeFile(QByteArray("library/album/") + name, test::noise(100'000, name[0]))
+                    .path());
+        }
+        folder.makeFolder("library/other");
+        folder.makeFolder("outside");
+        folders = {path("library"), path("library/album"), path("library/album/CD 2")};
+        records = decodedRecords(encodedRecords(prepared({}, files, folders)));
+        resolver.setLocations({path("library")});
+    }
+
+    QByteArray path(const QByteArray& relative) const { return folder.path(relative); }
+    void move(const QByteArray& from, const QByteArray& to) const {
+        test::move(folder.at(from), folder.at(to));
+    }
+
+    ResolvedMoves resolved(const Paths& mayGoAnywhere = {}) {
+        return resolvedMoves(records, mayGoAnywhere, resolver);
+    }
+
+    // What the program does after it has accepted the moves.
+    void accept(const ResolvedMoves& found) {
+        const auto remapAll = [&](Paths& paths) {
+            Paths moved;
+            for (const QByteArray& path : paths) {
+                moved.insert(remapped(path, found.moves));
+            }
+            paths = moved;
+        };
+        remapAll(files);
+        remapAll(folders);
+        records = prepared(remappedRecords(records, found.moves), files, folders, found);
+    }
+
+    test::TemporaryFolder folder;
+    Paths files;
+    Paths folders;
+    RelocationRecords records;
+    BookmarkResolver resolver;
+};
+
+TEST_F(MoveDetection, SeesEverythingInItsPlace) {
+    const ResolvedMoves found = resolved();
+    EXPECT_THAT(found.moves, IsEmpty());
+    EXPECT_THAT(found.stale, IsEmpty());
+    ASSERT_EQ(found.seen.size(), records.size());
+    for (const RelocationRecord& record : records) {
+        const auto kind = record.isDirectory ? FileStatus::Kind::folder : FileStatus::Kind::file;
+        EXPECT_EQ(found.seen.value(record.path).kind, kind) << record.path.constData();
+    }
+    const int64_t before = test::bytesRead();
+    const RelocationRecords after = prepared(records, files, folders, found);
+    EXPECT_EQ(after.constData(), records.constData());
+    EXPECT_LT(test::bytesRead() - before, 1024);
+}
+
+TEST_F(MoveDetection, FollowsAFileAndThenItsFolder) {
+    move("library/album/1.mp3", "library/other/one \xff.mp3");
+    ResolvedMoves found = resolved();
+    EXPECT_EQ(found.moves,
+              (MoveTable{{path("library/album/1.mp3"), path("library/other/one \xff.mp3")}}));
+    accept(found);
+
+    move("library/album", "library/other/album");
+    found = resolved();
+    EXPECT_EQ(found.moves.value(path("library/album")), path("library/other/album"));
+    EXPECT_EQ(remapped(path("library/album/CD 2/3.mp3"), found.moves),
+              path("library/other/album/CD 2/3.mp3"));
+    EXPECT_FALSE(found.moves.contains(path("library/other/one \xff.mp3")));
+    const RelocationRecords before = records;
+    accept(found);
+    for (qsizetype index = 0; index < before.size(); ++index) {
+        const RelocationRecord& record = records[index];
+        EXPECT_TRUE(itemExists(FileUrl(record.path))) << record.path.constData();
+        EXPECT_EQ(record.id, before[index].id);
+        EXPECT_EQ(record.fingerprint, before[index].fingerprint);
+        if (record.path != path("library")) {
+            EXPECT_EQ(record.modified, before[index].modified) << "nothing is looked at again";
+        }
+    }
+    EXPECT_EQ(records.size(), 6);
+    EXPECT_THAT(resolved().moves, IsEmpty());
+}
+
+TEST_F(MoveDetection, FollowsALocationWhereverItGoes) {
+    move("library", "outside/library");
+    const ResolvedMoves found = resolved({path("library")});
+    EXPECT_EQ(found.moves.value(path("library")), path("outside/library"));
+    EXPECT_EQ(remapped(path("library/album/1.mp3"), found.moves),
+              path("outside/library/album/1.mp3"));
+}
+
+TEST_F(MoveDetection, TakesTheTrashAndNothingForNoMove) {
+    folder.makeFolder("library/.Trash-1000/files");
+    folder.makeFolder("library/.Trash");
+    move("library/album/1.mp3", "library/.Trash-1000/files/1.mp3");
+    move("library/album/2.mp3", "library/.Trash/2.mp3");
+    test::remove(folder.at("library/album/CD 2/3.mp3"));
+    EXPECT_THAT(resolved().moves, IsEmpty());
+    const RelocationRecords before = records;
+    accept(resolved());
+    for (qsizetype index = 0; index < before.size(); ++index) {
+        if (!before[index].isDirectory) {
+            EXPECT_EQ(records[index], before[index]) << "what is away is remembered as it was";
+        }
+    }
+    move("library/.Trash/2.mp3", "library/other/back.mp3");
+    EXPECT_EQ(resolved().moves.value(path("library/album/2.mp3")), path("library/other/back.mp3"))
+        << "out of the trash again";
+}
+
+TEST_F(MoveDetection, RenewsTheBookmarkOfAFileThatWasReplacedInItsPlace) {
+    const QByteArray file = path("library/album/1.mp3");
+    writeFileAtomically(FileUrl(file), "other content");
+    const ResolvedMoves found = resolved();
+    EXPECT_THAT(found.moves, IsEmpty());
+    EXPECT_EQ(found.stale, Paths{file});
+    EXPECT_TRUE(found.seen.contains(file));
+    accept(found);
+    EXPECT_THAT(resolved().stale, IsEmpty());
+    move("library/album/1.mp3", "library/other/1.mp3");
+    EXPECT_EQ(resolved().moves.value(file), path("library/other/1.mp3"));
+}
+
+TEST_F(MoveDetection, AsksNothingOfARecordWithoutABookmark) {
+    for (RelocationRecord& record : records) {
+        record.bookmark.reset();
+    }
+    const ResolvedMoves found = resolved();
+    EXPECT_THAT(found.moves, IsEmpty());
+    EXPECT_THAT(found.seen, IsEmpty());
+    records[0].bookmark = "no bookmark of ours";
+    EXPECT_THAT(resolved().moves, IsEmpty());
+}
+
+}  // namespace
+}  // namespace halvenor
