@@ -16,6 +16,8 @@ class MemoryFile : public AudioFile {
 
     AudioFormat processingFormat() const override { return format_; }
     int64_t length() const override { return claimedLength.value_or(frames()); }
+    bool isLengthExact() const override { return !claimedLength; }
+    bool isSeekExact() const override { return true; }
     void seek(int64_t frame) override;
     int64_t read(float* samples, int64_t frames) override;
 

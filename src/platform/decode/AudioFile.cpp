@@ -59,6 +59,27 @@ DecodedFile::DecodedFile(std::shared_ptr<ByteSource> bytes) : packet_(ffmpeg::av
     cursor_ = layout_.firstFrame - layout_.origin;
 }
 
+bool DecodedFile::isSeekExact() const {
+    if (!layout_.isExact) {
+        return false;  // The format changes within, so positions are rounded.
+    }
+    switch (layout_.container) {
+        case Container::mpegAudio:
+        case Container::flac:
+            return true;
+        case Container::wave:
+        case Container::aiff:
+            return layout_.bytesPerFrame > 0;
+        case Container::ogg:
+            return layout_.decoder != "libopus";
+        case Container::mp4:
+            return packets_->parameters().codec_id == AV_CODEC_ID_ALAC;
+        case Container::adts:
+            return false;
+    }
+    return false;
+}
+
 void DecodedFile::seek(int64_t frame) {
     frame = std::max<int64_t>(frame, 0);
     const bool isInBlock = frame >= blockBegin_ && frame < blockBegin_ + block_.frames;

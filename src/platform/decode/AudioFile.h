@@ -31,6 +31,13 @@ class AudioFile {
     /// Length in frames. An estimate where the file tells no exact length; read() then goes on to
     /// the true end, before or after it.
     virtual int64_t length() const = 0;
+    /// Whether length() is the file's own word and no estimate. A file that is cut short ends
+    /// before it all the same.
+    virtual bool isLengthExact() const = 0;
+    /// Whether reading after a seek gives the samples of reading straight through to the last bit,
+    /// so that stretches of the file may be decoded side by side. The codecs that fill in noise of
+    /// their own (AAC) or predict without end (Opus) do not promise it, nor do converted streams.
+    virtual bool isSeekExact() const = 0;
     /// The next read() begins at `frame` (0...length). Samples are the same as those of reading
     /// straight through. A place past the end makes the next read() give 0.
     virtual void seek(int64_t frame) = 0;

@@ -14,6 +14,8 @@ class DecodedFile final : public AudioFile {
 
     AudioFormat processingFormat() const override { return layout_.format; }
     int64_t length() const override { return layout_.frames; }
+    bool isLengthExact() const override { return layout_.isExact; }
+    bool isSeekExact() const override;
     void seek(int64_t frame) override;
     int64_t read(float* samples, int64_t frames) override;
 
