@@ -36,7 +36,7 @@ Usage usedSoFar() {
     return {seconds(usage.ru_utime) + seconds(usage.ru_stime), usage.ru_nvcsw};
 }
 
-FileUrl writeMusic(const FileUrl& folder, int seconds) {
+FileUrl writeMusic(const FileUrl& folder, int seconds, MusicKind kind) {
     std::minstd_rand random(1);
     std::uniform_real_distribution<float> noise(-0.02F, 0.02F);
     std::vector<float> samples;
@@ -45,10 +45,12 @@ FileUrl writeMusic(const FileUrl& folder, int seconds) {
         samples.push_back(tone + noise(random));
         samples.push_back(tone * 0.7F + noise(random));
     }
-    const FileUrl url = folder.appendingPathComponent("music.flac");
+    const bool isFlac = kind == MusicKind::flac;
+    const FileUrl url = folder.appendingPathComponent(isFlac ? "music.flac" : "music.mp3");
     AudioFileTags tags;
     tags.title = QStringLiteral("Measured Music");
-    writeAudioFile(url, AudioFileType::flac16, samples, 44100, 2, tags);
+    writeAudioFile(url, isFlac ? AudioFileType::flac16 : AudioFileType::mp3, samples, 44100, 2,
+                   tags);
     return url;
 }
 

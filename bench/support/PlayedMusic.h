@@ -11,9 +11,11 @@ struct Usage {
 };
 Usage usedSoFar();
 
-/// Writes "music.flac" into `folder`: 44.1 kHz, 16 bits, tones and noise, which compress about as
-/// music does.
-FileUrl writeMusic(const FileUrl& folder, int seconds);
+enum class MusicKind { flac, mp3 };
+
+/// Writes "music.flac" (16 bits) or "music.mp3" into `folder`: 44.1 kHz stereo, tones and noise,
+/// which compress about as music does.
+FileUrl writeMusic(const FileUrl& folder, int seconds, MusicKind kind = MusicKind::flac);
 
 /// Seconds of processor that decoding the file once takes at the least: the best of three rounds,
 /// after one that loads the decoders.
