@@ -1,0 +1,61 @@
+#include "tags/writing/WrittenFile.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace halvenor::test {
+
+QByteArray hex(const char* digits) {
+    return QByteArray::fromHex(digits);
+}
+
+QByteArray contentsOf(const FileUrl& file) {
+    std::ifstream stream(file.path().constData(), std::ios::binary);
+    EXPECT_TRUE(stream.is_open()) << file.path().constData();
+    return QByteArray::fromStdString(std::string(std::istreambuf_iterator<char>(stream), {}));
+}
+
+std::set<std::string> namesIn(const FileUrl& folder) {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path().toStdString())) {
+        names.insert(entry.path().filename().string());
+    }
+    return names;
+}
+
+QByteArray rewritten(const ID3TagFields& fields, const QByteArray& source, const char* name) {
+    const TemporaryFolder folder;
+    const FileUrl file = folder.makeFile(name, source);
+    const std::string failure = failureOf([&] {
+        if (file.pathExtension() == "flac") {
+            FLACTagWriter::write(fields, file);
+        } else {
+            ID3Writer::write(fields, file);
+        }
+    });
+    EXPECT_EQ(namesIn(folder.url()), std::set<std::string>{name});
+    if (failure.empty()) {
+        return contentsOf(file);
+    }
+    EXPECT_EQ(contentsOf(file), source) << failure;
+    return "error: " + QByteArray::fromStdString(failure);
+}
+
+ID3TagFields titleEdit(const QString& title) {
+    ID3TagFields fields;
+    fields.title = title;
+    return fields;
+}
+
+ID3TagFields fullEdit() {
+    ID3TagFields fields;
+    fields.title = QStringLiteral("T");
+    fields.artist = QStringLiteral("Ä");
+    fields.album = QStringLiteral("");
+    fields.albumArtist = QStringLiteral("\U0001F3B5");
+    fields.year = 1999;
+    return fields;
+}
+
+}  // namespace halvenor::test
