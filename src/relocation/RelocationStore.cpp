@@ -2,6 +2,7 @@
 
 #include <future>
 #include <optional>
+#include <utility>
 
 #include "base/StoreFile.h"
 #include "platform/bookmark/Bookmark.h"
@@ -42,12 +43,14 @@ class RelocationStore::Impl {
     const FileUrl& url() const { return file_.url(); }
 
     const RelocationRecords& records() {
-        if (loading_.valid()) {
+        if (!std::exchange(isLoaded_, true)) {
             saved_ = loading_.get();
             records_ = saved_.value_or(RelocationRecords());
         }
         return records_;
     }
+
+    void waitUntilLoaded() const { loading_.wait(); }
 
     void install(const RelocationRecords& records) {
         this->records();  // The file is read before it is written.
@@ -66,7 +69,8 @@ class RelocationStore::Impl {
 
   private:
     StoreFile file_;
-    std::future<std::optional<RelocationRecords>> loading_;  // ends before the file does
+    const std::shared_future<std::optional<RelocationRecords>> loading_;  // ends before the file
+    bool isLoaded_ = false;
     RelocationRecords records_;
     std::optional<RelocationRecords> saved_;  // what the file holds, or was last given
 };
@@ -75,6 +79,10 @@ RelocationStore::RelocationStore(const FileUrl& storageURL)
     : impl_(std::make_unique<Impl>(storageURL)) {}
 
 RelocationStore::~RelocationStore() = default;
+
+void RelocationStore::waitUntilLoaded() const {
+    impl_->waitUntilLoaded();
+}
 
 const FileUrl& RelocationStore::storageURL() const {
     return impl_->url();
