@@ -3,9 +3,12 @@
 #include <QThread>
 
 #include <algorithm>
+#include <ctime>
 
+#include "base/TemporaryFile.h"
 #include "model/AudioExtensions.h"
 #include "tags/TagReading.h"
+#include "tags/TagWriting.h"
 
 namespace halvenor {
 
@@ -31,7 +34,7 @@ QList<Track> readTracks(const QList<FileUrl>& urls, const std::stop_token& token
 
 }  // namespace
 
-TagService::TagService() : batches_(batchThreads()) {}
+TagService::TagService() : startedAt_(::time(nullptr)), batches_(batchThreads()) {}
 
 TagService& TagService::shared() {
     static TagService service;
@@ -47,8 +50,7 @@ bool TagService::isSupportedAudioFile(const FileUrl& url) {
 }
 
 bool TagService::supportsTagWriting(const FileUrl& url) {
-    const QByteArray extension = url.pathExtension().toLower();
-    return extension == "mp3" || extension == "flac";
+    return hasTagWriter(url);
 }
 
 Job<Track> TagService::readMetadata(const FileUrl& url, std::stop_token token) {
@@ -58,6 +60,24 @@ Job<Track> TagService::readMetadata(const FileUrl& url, std::stop_token token) {
 Job<QList<Track>> TagService::readMetadata(const QList<FileUrl>& urls, std::stop_token token) {
     return batches_.run([urls](const std::stop_token& stop) { return readTracks(urls, stop); },
                         token);
+}
+
+Job<FileUrl> TagService::writeMetadata(const Track& track, std::stop_token token) {
+    return single_.run(
+        [this, track](const std::stop_token&) {
+            sweepFolderOf(track.url());
+            writeTrack(track);
+            return track.url();
+        },
+        token);
+}
+
+void TagService::sweepFolderOf(const FileUrl& url) {
+    const FileUrl folder = url.deletingLastPathComponent();
+    if (!sweptFolders_.contains(folder.path())) {
+        sweptFolders_.insert(folder.path());
+        removeAbandonedTemporaries(folder, startedAt_);
+    }
 }
 
 }  // namespace halvenor

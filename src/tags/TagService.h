@@ -29,9 +29,21 @@ class TagService {
     /// cores, so a caller that wants speed keeps a few of them going and awaits them in order.
     Job<QList<Track>> readMetadata(const QList<FileUrl>& urls, std::stop_token token = {});
 
+    /// Writes what `track` says of itself into its file: see tagFieldsOf. One write at a time, in
+    /// order. The file is replaced as a whole, by another one in its place, or not at all.
+    /// @return the file, whose place is no longer held by the item that bookmarks know
+    /// @throws ID3WriterError at the wait
+    Job<FileUrl> writeMetadata(const Track& track, std::stop_token token = {});
+
   private:
     TagService();
 
+    /// Removes what a killed process left in the folder of `url`, once for each folder. On the
+    /// thread of single_.
+    void sweepFolderOf(const FileUrl& url);
+
+    const int64_t startedAt_;        // seconds since 1970-01-01 UTC
+    QSet<QByteArray> sweptFolders_;  // of the thread of single_
     Service single_;
     Service batches_;
 };
