@@ -7,6 +7,14 @@
 
 namespace halvenor::test {
 
+namespace {
+
+QByteArray nameOf(const std::optional<Track>& track) {
+    return track ? track->url().deletingPathExtension().lastPathComponent() : "none";
+}
+
+}  // namespace
+
 AppStateFixture::AppStateFixture() {
     startState();
 }
@@ -62,6 +70,14 @@ void AppStateFixture::playTrackToItsEnd() {
     QCoreApplication::processEvents();
 }
 
+QByteArray AppStateFixture::current() {
+    return nameOf(*engine().currentTrack);
+}
+
+QByteArray AppStateFixture::queued() {
+    return nameOf(engine().queuedTrack());
+}
+
 Settings AppStateFixture::storedSettings() {
     state().settings().flush();
     return Settings(folder("settings.json"));
@@ -70,7 +86,7 @@ Settings AppStateFixture::storedSettings() {
 QByteArray titles(const TrackList& tracks) {
     QList<QByteArray> words;
     for (const Track& track : tracks) {
-        words.append(track.url().deletingPathExtension().lastPathComponent());
+        words.append(nameOf(track));
     }
     return words.join(' ');
 }

@@ -1,7 +1,10 @@
 // What arrives at the sound server when a folder is played: its sink's monitor is recorded and
 // compared with the music, frame by frame, from the first file to the last.
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <optional>
 
 #include "platform/audio/Outputs.h"
 #include "state/AppState.h"
@@ -79,6 +82,116 @@ INSTANTIATE_TEST_SUITE_P(Albums, RecordedMonitor,
                                          Album{"vorbis", {"ogg oggenc"}},
                                          Album{"aac", {"aac mp4"}}),
                          [](const auto& one) { return one.param.name; });
+
+// A Location of two folders with one track each, played in the mode that goes on from one into the
+// next, on a server that is recorded. `emptyFolders` lie between the two: each is looked into on
+// the way, so the search for the second takes its time.
+class TwoFolders : public testing::Test {
+  protected:
+    void play(int64_t firstFrames, int emptyFolders) {
+        mediaKind("flac 16").write(makeAlbum("a", "1.flac"), first_ = makeSignal(firstFrames));
+        mediaKind("wav s16").write(makeAlbum("c", "2.wav"),
+                                   second_ = makeSignal(20021, 44100, 2, 7));
+        for (int i = 0; i < emptyFolders; ++i) {
+            music_.makeFolder("lib/b/" + QByteArray::number(i));
+        }
+        state_.emplace(AppState::Dependencies(makeSystemOutput(QStringLiteral("Halvenor")),
+                                              music_.at("settings.json"), music_.at("data"),
+                                              [] { return SystemAppearance::dark; }));
+        state_->openDirectory(music_.at("lib"));
+        state_->openFolder(FolderItem(music_.at("lib/a"), true));
+        ASSERT_TRUE(spinUntil([&] { return state_->playbackQueue->size() == 1; }));
+        state_->repeatMode = RepeatMode::nextFolder;
+        playing_ = engine().isPlaying.subscribe([&](bool on) { stops_ += !on; });
+        state_->play(state_->playbackQueue->first());
+    }
+    /// Waits until both tracks have played, or been left. @return what was heard of them
+    std::vector<float> recordToTheEnd() {
+        EXPECT_TRUE(spinUntil([&] { return state_->playbackHistory->size() == 2; }));
+        EXPECT_FALSE(state_->playbackErrorMessage->has_value());
+        return recorder_.finish();
+    }
+
+    AudioEngineManager& engine() { return state_->audioEngine(); }
+    bool isPrepared() { return engine().queuedTrack().has_value(); }
+    std::vector<float> bothTracks() const {
+        std::vector<float> samples = first_.samples;
+        samples.insert(samples.end(), second_.samples.begin(), second_.samples.end());
+        return samples;
+    }
+
+    /// Enough for a search that outlasts a track of a tenth of a second several times.
+    static constexpr int slow = 20'000;
+
+    TemporaryFolder music_;
+    SoundServer server_{cd};
+    SoundRecorder recorder_{server_};
+    Signal first_;
+    Signal second_;
+    std::optional<AppState> state_;
+    int stops_ = 0;
+    Subscription playing_;
+
+  private:
+    FileUrl makeAlbum(const QByteArray& folder, const QByteArray& file) const {
+        music_.makeFolder("lib/" + folder);
+        return music_.at("lib/" + folder + '/' + file);
+    }
+};
+
+TEST_F(TwoFolders, joinFrameByFrame) {
+    play(30011, 0);
+    ASSERT_TRUE(spinUntil([&] { return isPrepared(); }));
+    const Comparison result = compare(bothTracks(), recordToTheEnd(), cd.channels);
+    EXPECT_TRUE(result.isExact(30011 + 20021)) << result.text();
+    EXPECT_EQ(stops_, 1) << "at the end of the library alone";
+}
+
+TEST_F(TwoFolders, goOnAfterAPauseWhereTheSearchTakesLongerThanTheMusic) {
+    play(4410, slow);
+    const Comparison result = compare(bothTracks(), recordToTheEnd(), cd.channels);
+    ASSERT_GE(stops_, 2) << "the search was too fast for this test to say anything";
+    EXPECT_EQ(result.gaps, 1) << result.text();
+    EXPECT_EQ(result.firstMismatch, 4410) << "the pause lies between the tracks";
+    EXPECT_EQ(result.matched, 4410 + 20021);
+    EXPECT_EQ(result.lost + result.repeated + result.changed + result.excess, 0) << result.text();
+}
+
+enum class Moment { before, during, after };
+class NextPressed : public TwoFolders, public testing::WithParamInterface<Moment> {};
+
+TEST_P(NextPressed, cutsTheFirstTrackAndPlaysTheSecondWhole) {
+    const Moment moment = GetParam();
+    play(120'000, moment == Moment::during ? slow : 0);
+    if (moment == Moment::after) {
+        ASSERT_TRUE(spinUntil([&] { return isPrepared(); }));
+    }
+    if (moment != Moment::before) {
+        ASSERT_TRUE(spinUntil([&] { return *engine().currentTime > 0.05; }));
+    }
+    ASSERT_EQ(isPrepared(), moment == Moment::after);
+    state_->playNext();
+    const std::vector<float> heard = recordToTheEnd();
+
+    const auto isSound = [](float sample) { return sample != 0; };
+    auto rest = std::ranges::find_if(heard, isSound);
+    if (moment != Moment::before) {
+        rest =
+            std::ranges::mismatch(rest, heard.end(), first_.samples.begin(), first_.samples.end())
+                .in1;
+        EXPECT_GT(rest - std::ranges::find_if(heard, isSound), 0.05 * 44100 * 2);
+    }
+    const Comparison result =
+        compare(second_.samples, std::vector<float>(rest, heard.end()), cd.channels);
+    EXPECT_TRUE(result.isExact(second_.frames())) << result.text();
+    EXPECT_EQ(stops_, moment == Moment::after ? 1 : 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Moments, NextPressed, testing::Values(Moment::before, Moment::during, Moment::after),
+    [](const auto& one) {
+        return std::array{"before", "during", "after"}[static_cast<size_t>(one.param)];
+    });
 
 }  // namespace
 }  // namespace halvenor::test

@@ -15,13 +15,6 @@ class QueueTest : public AppStateFixture {
     }
 
     const Track& shown(qsizetype row) { return state().playbackQueue->at(row); }
-    QByteArray current() {
-        return (*engine().currentTrack)->url().deletingPathExtension().lastPathComponent();
-    }
-    QByteArray queued() {
-        const auto next = engine().queuedTrack();
-        return next ? next->url().deletingPathExtension().lastPathComponent() : "none";
-    }
 };
 
 TEST_F(QueueTest, aListPlaysThroughToItsEndWithoutAStop) {

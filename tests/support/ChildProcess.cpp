@@ -5,6 +5,7 @@
 #include <spawn.h>
 #include <stdexcept>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -90,6 +91,21 @@ int ChildProcess::wait() {
         return -1;
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::optional<int> ChildProcess::waitFor(std::chrono::milliseconds patience) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    siginfo_t info{};
+    // Looked at only, so that wait() can take its status.
+    while (id_ > 0 &&
+           waitid(P_PID, static_cast<id_t>(id_), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+           info.si_pid == 0) {
+        if (std::chrono::steady_clock::now() > end) {
+            return std::nullopt;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    return wait();
 }
 
 }  // namespace halvenor::test

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <chrono>
 #include <map>
+#include <optional>
 #include <string>
 #include <sys/types.h>
 #include <vector>
@@ -35,6 +37,8 @@ class ChildProcess {
     void kill();
     /// Waits for its own end. @return the exit status; -1 when a signal ended it
     int wait();
+    /// The same, but not for longer than this: then absent, and it goes on running.
+    std::optional<int> waitFor(std::chrono::milliseconds patience);
 
   private:
     pid_t id_ = -1;

@@ -14,6 +14,7 @@
 namespace halvenor {
 namespace {
 
+using test::spinFor;
 using test::spinUntil;
 using testing::HasSubstr;
 
@@ -181,6 +182,36 @@ TEST_F(SettingsTest, WritesAtMostOnceASecondAndNothingForEqualValues) {
     settings.remove("position");
     EXPECT_TRUE(settings.flush());
     EXPECT_EQ(written(), "{}\n");
+}
+
+TEST_F(SettingsTest, NoChangeWaitsForMoreThanASecondAndTheLatestIsTakenUpRightBeforeAWrite) {
+    Settings settings(file_);
+    double now = 0;
+    settings.setAboutToWriteHandler([&] { settings.setNumber("now", now); });
+    const auto waitForWrite = [&] {
+        const ino_t earlier = inode();
+        QElapsedTimer elapsed;
+        elapsed.start();
+        EXPECT_TRUE(spinUntil([&] { return inode() != earlier; }));
+        return elapsed.elapsed();
+    };
+    settings.setBoolean("on", true);
+    EXPECT_NEAR(waitForWrite(), 1000, 100);
+    now = 1;
+    spinFor(std::chrono::milliseconds(600));
+    settings.setBoolean("on", false);
+    now = 2;
+    EXPECT_NEAR(waitForWrite(), 400, 100) << "a second after the last write, not after the change";
+    EXPECT_EQ(Settings(file_).number("now"), 2);
+
+    now = 3;
+    const ino_t last = inode();
+    spinFor(std::chrono::milliseconds(2200));
+    EXPECT_EQ(inode(), last) << "without a change there is nothing to write";
+    EXPECT_EQ(settings.number("now"), 2);
+    settings.setBoolean("on", true);
+    EXPECT_NEAR(waitForWrite(), 1000, 100);
+    EXPECT_EQ(Settings(file_).number("now"), 3);
 }
 
 TEST_F(SettingsTest, MakesMissingFoldersForTheUserAlone) {

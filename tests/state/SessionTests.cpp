@@ -1,0 +1,301 @@
+#include <cmath>
+#include <filesystem>
+#include <set>
+
+#include "AppStateFixture.h"
+#include "base/AtomicFile.h"
+#include "support/MediaLibrary.h"
+#include "tags/TagService.h"
+
+namespace halvenor::test {
+namespace {
+
+class SessionTest : public AppStateFixture {
+  protected:
+    /// The program ends, as it does when the user quits, and is started again.
+    void restart() {
+        state().willTerminate();
+        startState();
+    }
+    /// Starts with these settings about the last track, the Locations that there are staying.
+    void restartWith(const QByteArray& track, double position) {
+        state().settings().setPath("PlayerLastTrackPath", track);
+        state().settings().setNumber("PlayerLastPosition", position);
+        startState();
+    }
+
+    bool isRestored() {
+        return engine().currentTrack->has_value() && state().folderScrollRequest->has_value() &&
+               !state().metadataLoadingFolderID->has_value();
+    }
+    void waitUntilRestored() {
+        ASSERT_TRUE(spinUntil([&] { return isRestored(); }));
+        letTagsBeRead();
+    }
+    /// Waits until a restore that is under way has read its track and gone on.
+    void letTagsBeRead() { runToCompletion(TagService::shared().readMetadata(folder("none.wav"))); }
+};
+
+struct Place {
+    const char* name;
+    QByteArray file;
+    int64_t framesPlayed;
+};
+class RoundTrip : public SessionTest, public testing::WithParamInterface<Place> {};
+
+TEST_P(RoundTrip, thePlayerComesBackPausedWhereItWasAndGoesOnFromThere) {
+    const Place& place = GetParam();
+    const QByteArray file = place.file + ".wav";
+    makeFolder("lib/deep/album", {"1.wav", file, "z.wav"});
+    addLocation("lib");
+    openAndRead("lib/deep/album");
+    state().play(state().playbackQueue->at(1));
+    engine().setVolume(0.5F);
+    state().repeatMode = RepeatMode::all;
+    engine().waitUntilIdle();
+    output_->play(place.framesPlayed);
+
+    restart();
+    EXPECT_EQ(*engine().volume, 0.5F);
+    EXPECT_EQ(*state().repeatMode, RepeatMode::all);
+    waitUntilRestored();
+    const double position = static_cast<double>(place.framesPlayed) / 44100;
+    EXPECT_DOUBLE_EQ(*engine().currentTime, position);
+    EXPECT_FALSE(*engine().isPlaying);
+    EXPECT_EQ((*engine().currentTrack)->url(), folder("lib/deep/album/" + file));
+    EXPECT_GT((*engine().currentTrack)->duration(), 0);
+    EXPECT_EQ(titles(*state().playingQueue), "1 " + place.file + " z");
+    EXPECT_EQ(*state().currentIndex, 1);
+    EXPECT_EQ(queued(), "z");
+    EXPECT_EQ((*state().selectedFolder)->url(), folder("lib/deep/album"));
+    EXPECT_TRUE(state().isFolderExpanded(item("lib/deep")));
+    EXPECT_TRUE(state().playbackHistory->isEmpty());
+
+    engine().resume();
+    const Signal whole = makeSignal(framesPerTrack);
+    std::vector<float> rest =
+        whole.part(place.framesPlayed, framesPerTrack - place.framesPlayed).samples;
+    std::ranges::transform(rest, rest.begin(), [](float sample) { return sample / 2; });
+    playTrackToItsEnd();
+    EXPECT_EQ(current(), "z");
+    ASSERT_GE(output_->heard().size(), rest.size());
+    EXPECT_TRUE(std::equal(rest.begin(), rest.end(), output_->heard().begin()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Places, RoundTrip,
+                         testing::Values(Place{"inTheMiddle", "2", 1234}, Place{"atOnce", "2", 0},
+                                         Place{"pathThatIsNoText", "caf\xe9", 882}),
+                         [](const auto& one) { return one.param.name; });
+
+struct StoredSettings {
+    const char* name;
+    QByteArray json;
+    float volume;
+    bool isMuted;
+    RepeatMode mode;
+    bool isShuffled;
+    QByteArray storedMode;
+};
+class Stored : public SessionTest, public testing::WithParamInterface<StoredSettings> {};
+
+TEST_P(Stored, settingsAreThereBeforeAnythingElse) {
+    const StoredSettings& stored = GetParam();
+    endState();
+    makeFile("settings.json", stored.json);
+    startState();
+    EXPECT_EQ(*engine().volume, stored.volume);
+    EXPECT_EQ(*engine().isMuted, stored.isMuted);
+    EXPECT_EQ(*state().repeatMode, stored.mode);
+    EXPECT_EQ(*state().isShuffleEnabled, stored.isShuffled);
+    EXPECT_EQ(storedSettings().string("PlayerRepeatMode").value_or(QString()).toUtf8(),
+              stored.storedMode);
+    spinFor(std::chrono::milliseconds(1));
+    EXPECT_EQ(storedSettings().number("PlayerVolume"), stored.volume);
+    if (stored.isMuted) {
+        engine().toggleMute();
+        EXPECT_EQ(*engine().volume, stored.volume) << "unmuting gives back what was set";
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Settings, Stored,
+    testing::Values(
+        StoredSettings{"none", "{}", 1, false, RepeatMode::off, false, ""},
+        StoredSettings{"mutedAtHalf",
+                       R"({"PlayerVolume": 0.5, "PlayerIsMuted": true, "IsShuffleEnabled": true})",
+                       0.5, true, RepeatMode::off, true, ""},
+        StoredSettings{"silent", R"({"PlayerVolume": 0, "PlayerRepeatMode": "nextFolder"})", 0,
+                       false, RepeatMode::nextFolder, false, "nextFolder"},
+        StoredSettings{"modeOfOldTimes", R"({"PlayerRepeatMode": "one"})", 1, false,
+                       RepeatMode::off, false, "off"},
+        StoredSettings{"modeOfLaterTimes", R"({"PlayerRepeatMode": "album"})", 1, false,
+                       RepeatMode::off, false, "album"},
+        StoredSettings{"tooLoud", R"({"PlayerVolume": 7, "PlayerIsMuted": "yes"})", 1, false,
+                       RepeatMode::off, false, ""}),
+    [](const auto& one) { return one.param.name; });
+
+TEST_F(SessionTest, aPositionOutsideTheTrackIsItsBeginning) {
+    makeFolder("lib", {"1.wav"});
+    addLocation("lib");
+    constexpr double end = static_cast<double>(framesPerTrack) / 44100;
+    const std::vector<std::pair<double, double>> stored = {
+        {-5, 0}, {end, 0}, {1e300, 0}, {end / 2, end / 2}};
+    for (const auto& [position, expected] : stored) {
+        restartWith(folder("lib/1.wav").path(), position);
+        waitUntilRestored();
+        EXPECT_EQ(*engine().currentTime, expected) << position;
+    }
+}
+
+TEST_F(SessionTest, aMissingFileRestoresNothingAndIsNotForgotten) {
+    makeFolder("lib", {"1.wav"});
+    addLocation("lib");
+    for (const QByteArray& path : {folder("lib/gone.wav").path(), QByteArray()}) {
+        restartWith(path, 3);
+        letTagsBeRead();
+        EXPECT_FALSE(*engine().currentTrack);
+        EXPECT_FALSE(*state().playbackErrorMessage);
+        state().willTerminate();
+        EXPECT_EQ(storedSettings().path("PlayerLastTrackPath"), path);
+        EXPECT_EQ(storedSettings().number("PlayerLastPosition"), 3);
+    }
+}
+
+TEST_F(SessionTest, aTrackOutsideTheLibraryComesBackAlone) {
+    makeFolder("gone", {"2.wav", "3.wav"});
+    state().repeatMode = RepeatMode::all;
+    restartWith(folder("gone/2.wav").path(), 0.01);
+    ASSERT_TRUE(spinUntil([&] { return current() == "2"; }));
+    EXPECT_EQ(titles(*state().playbackQueue) + titles(*state().playingQueue), "22");
+    EXPECT_EQ(queued(), "none");
+    EXPECT_EQ(*engine().currentTime, 0.01);
+}
+
+TEST_F(SessionTest, theUserIsFasterThanTheTags) {
+    makeFolder("lib", {"1.wav", "2.wav"});
+    addLocation("lib");
+    openAndRead("lib");
+    const Track chosen = state().playbackQueue->at(1);
+    restartWith(folder("lib/1.wav").path(), 0.02);
+    state().play(chosen);
+    letTagsBeRead();
+    EXPECT_EQ(current(), "2");
+    EXPECT_TRUE(*engine().isPlaying);
+    EXPECT_EQ(titles(*state().playingQueue), "2");
+    EXPECT_FALSE(*state().selectedFolder && (*state().selectedFolder)->name() != "lib");
+}
+
+TEST_F(SessionTest, theUserIsFasterThanTheWayToTheFolder) {
+    makeFolder("lib/a/b/c", {"1.wav"});
+    makeFolder("lib/x", {"2.wav"});
+    addLocation("lib");
+    openAndRead("lib/x");
+    const Track chosen = state().playbackQueue->first();
+    restartWith(folder("lib/a/b/c/1.wav").path(), 0.02);
+    const Subscription loaded = engine().currentTrack.subscribe([&](const auto& track) {
+        if (track && track->id() != chosen.id()) {
+            postToMainThread([&] { state().play(chosen); });
+        }
+    });
+    ASSERT_TRUE(spinUntil([&] { return state().folderScrollRequest->has_value(); }));
+    spinFor(std::chrono::milliseconds(1));
+    EXPECT_EQ(current(), "2");
+    EXPECT_EQ(titles(*state().playingQueue), "2");
+}
+
+TEST_F(SessionTest, theWayBeginsAtTheDeepestLocation) {
+    makeFolder("lib/sub/album", {"1.wav", "2.wav"});
+    addLocation("lib");
+    addLocation("lib/sub");
+    restartWith(folder("lib/sub/album/1.wav").path(), 0);
+    waitUntilRestored();
+    EXPECT_TRUE(state().isFolderExpanded(item("lib/sub/album")));
+    EXPECT_FALSE(state().isFolderExpanded(item("lib")));
+    EXPECT_EQ(titles(*state().playingQueue), "1 2");
+}
+
+// A folder that no listing shows: its tracks may have come by way of a playlist.
+TEST_F(SessionTest, aTrackInAHiddenFolderKeepsAListOfItsOwn) {
+    makeFolder("lib/.hidden", {"1.wav"});
+    makeFolder("lib/shown", {"2.wav"});
+    addLocation("lib");
+    restartWith(folder("lib/.hidden/1.wav").path(), 0);
+    ASSERT_TRUE(spinUntil([&] { return current() == "1" && state().isFolderLoaded(item("lib")); }));
+    letTagsBeRead();
+    EXPECT_EQ(titles(*state().playingQueue), "1");
+}
+
+TEST_F(SessionTest, aShuffledListPlaysEachOfTheOthersOnce) {
+    makeFolder("lib", {"1.wav", "2.wav", "3.wav", "4.wav"});
+    addLocation("lib");
+    state().toggleShuffle();
+    restartWith(folder("lib/3.wav").path(), 0);
+    waitUntilRestored();
+    std::set<QByteArray> heard{current()};
+    for (int i = 0; i < 3; ++i) {
+        const QByteArray promised = queued();
+        state().playNext();
+        EXPECT_EQ(current(), promised);
+        heard.insert(current());
+    }
+    EXPECT_EQ(heard, (std::set<QByteArray>{"1", "2", "3", "4"}));
+    EXPECT_EQ(queued(), "none");
+}
+
+TEST_F(SessionTest, theNextFolderIsPreparedWhileStillPaused) {
+    makeFolder("lib/a", {"1.wav"});
+    makeFolder("lib/b", {"2.wav"});
+    addLocation("lib");
+    state().repeatMode = RepeatMode::nextFolder;
+    restartWith(folder("lib/a/1.wav").path(), 0);
+    EXPECT_TRUE(spinUntil([&] { return queued() == "2"; }));
+    EXPECT_FALSE(*engine().isPlaying);
+    engine().resume();
+    playTrackToItsEnd();
+    EXPECT_EQ(current(), "2");
+}
+
+TEST_F(SessionTest, aFileThatCannotBeOpenedIsTold) {
+    makeFolder("lib", {"1.wav", "2.wav"});
+    addLocation("lib");
+    std::filesystem::resize_file(folder("lib/1.wav").path().toStdString(), 10);
+    restartWith(folder("lib/1.wav").path(), 0);
+    ASSERT_TRUE(spinUntil([&] { return state().playbackErrorMessage->has_value(); }));
+    EXPECT_FALSE(*engine().currentTrack);
+}
+
+TEST_F(SessionTest, theLastTrackIsShownWhereNothingIsLoaded) {
+    makeFolder("lib", {"1.wav", "2.wav", "3.wav"});
+    addLocation("lib");
+    state().settings().setPath("PlayerLastTrackPath", folder("lib/2.wav").path());
+    state().refreshFolder(item("lib"));
+    ASSERT_TRUE(spinUntil([&] { return state().selectedTrack->has_value(); }));
+    EXPECT_EQ(*state().currentIndex, 1);
+    EXPECT_FALSE(*engine().currentTrack);
+
+    state().play(state().playbackQueue->at(2));
+    spinFor(std::chrono::milliseconds(1));
+    state().settings().setPath("PlayerLastTrackPath", folder("lib/1.wav").path());
+    state().refreshFolder(item("lib"));
+    ASSERT_TRUE(spinUntil([&] { return state().isFolderLoaded(item("lib")); }));
+    EXPECT_EQ(*state().currentIndex, 2) << "what is loaded is not overruled";
+}
+
+TEST_F(SessionTest, everyMomentOfAChangeIsRemembered) {
+    makeFolder("lib", {"1.wav", "2.wav"});
+    addLocation("lib");
+    openAndRead("lib");
+    state().play(state().playbackQueue->first());
+    EXPECT_EQ(storedSettings().path("PlayerLastTrackPath"), folder("lib/1.wav").path());
+    playTrackToItsEnd();
+    EXPECT_EQ(storedSettings().path("PlayerLastTrackPath"), folder("lib/2.wav").path());
+    EXPECT_EQ(storedSettings().number("PlayerLastPosition"), 0);
+    engine().setVolume(0.25F);
+    engine().toggleMute();
+    spinFor(std::chrono::milliseconds(1));
+    EXPECT_EQ(storedSettings().number("PlayerVolume"), 0.25);
+    EXPECT_EQ(storedSettings().boolean("PlayerIsMuted"), true);
+}
+
+}  // namespace
+}  // namespace halvenor::test
