@@ -68,9 +68,16 @@ LostSearch::LostSearch(std::vector<LostItem>& items, Finder& finder) : finder_(f
             roots_[status->device].append(root);
         }
     }
+    const auto isLost = [](const LostItem& item) { return !item.found && item.device; };
+    // What is looked for far away may be a Location, with something in it that is lost there.
+    QSet<uint64_t> devices(roots_.keyBegin(), roots_.keyEnd());
+    for (const LostItem& item : items) {
+        if (isLost(item) && item.scope == BookmarkScope::fileSystem) {
+            devices.insert(*item.device);
+        }
+    }
     for (LostItem& item : items) {
-        if (!item.found && item.device &&
-            (item.scope == BookmarkScope::fileSystem || roots_.contains(*item.device))) {
+        if (isLost(item) && devices.contains(*item.device)) {
             searchable_.push_back(&item);
         }
     }
