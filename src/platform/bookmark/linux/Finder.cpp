@@ -43,7 +43,9 @@ void Finder::tryAt(LostItem& item, const QByteArray& path) {
 void Finder::take(LostItem& item, const QByteArray& path, const SeenItem& seen) {
     const BookmarkResolution resolution{FileUrl(path), true, seen.status()};
     const bool isAllowedHere = isAllowed(item, path);
-    const bool mayBeBetter = isInTrash(resolution.url) && seen.linkCount() > 1;
+    // A folder has but one place; its links are its sub-folders.
+    const bool mayBeBetter = isInTrash(resolution.url) && seen.linkCount() > 1 &&
+                             seen.status().kind != FileStatus::Kind::folder;
     if (isAllowedHere && !mayBeBetter) {
         item.found = resolution;
         addIfLocation(item.front.path, path);
