@@ -19,8 +19,17 @@ AppStateFixture::AppStateFixture() {
     startState();
 }
 
-void AppStateFixture::startState() {
+AppStateFixture::~AppStateFixture() {
+    endState();
+}
+
+void AppStateFixture::endState() {
     state_.reset();
+    QCoreApplication::processEvents();  // The tasks that were under way see that it is gone.
+}
+
+void AppStateFixture::startState() {
+    endState();
     auto output = std::make_unique<ManualOutput>();
     output_ = output.get();
     state_ = std::make_unique<AppState>(

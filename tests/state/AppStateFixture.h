@@ -16,11 +16,12 @@ namespace halvenor::test {
 class AppStateFixture : public testing::Test {
   protected:
     AppStateFixture();
+    ~AppStateFixture() override;
 
     /// Ends the state there is, settings saved, and starts another on the same settings.
     void startState();
     /// Ends the state, settings saved.
-    void endState() { state_.reset(); }
+    void endState();
     AppState& state() { return *state_; }
     AudioEngineManager& engine() { return state_->audioEngine(); }
 

@@ -320,7 +320,7 @@ TEST_F(RelocationTest, aCheckAndTheManualRoadExcludeEachOther) {
     EXPECT_FALSE(*state().isRelocating);
 }
 
-TEST_F(RelocationTest, theLongestStallStaysWithinAFrame) {
+TEST_F(RelocationTest, aThousandFilesAreFollowedTogether) {
     makeFolder("m");
     std::vector<QByteArray> files;
     for (int i = 0; i < 1000; ++i) {
