@@ -1,0 +1,150 @@
+#include "platform/mediacontrols/linux/SessionBus.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QUuid>
+
+#include <algorithm>
+#include <utility>
+
+#include "base/FileStatus.h"
+#include "platform/userfolders/UserFolders.h"
+
+namespace halvenor {
+
+namespace {
+
+constexpr std::chrono::milliseconds firstRetryDelay{1000};
+constexpr std::chrono::milliseconds longestRetryDelay{60'000};
+
+// Answers of the bus to a request for a name, and what is asked with it.
+// https://dbus.freedesktop.org/doc/dbus-specification.html#bus-messages-request-name
+constexpr uint doNotQueue = 4;
+constexpr uint isPrimaryOwner = 1;
+constexpr uint isAlreadyOwner = 4;
+
+// Empty where there is no bus. One is never started for this program's sake, as the library would
+// do by itself ("autolaunch").
+QByteArray busAddress() {
+    const QByteArray configured = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+    if (!configured.isEmpty()) {
+        return configured.startsWith("autolaunch:") ? QByteArray() : configured;
+    }
+    const auto runtime = runtimeHome();
+    const FileUrl socket = runtime ? runtime->appendingPathComponent("bus") : FileUrl(QByteArray());
+    return runtime && itemExists(socket) ? "unix:path=" + socket.path().toPercentEncoding("/", "~")
+                                         : QByteArray();
+}
+
+}  // namespace
+
+SessionBus::SessionBus(QStringList names, Service& worker, Callbacks callbacks)
+    : names_(std::move(names)),
+      worker_(worker),
+      callbacks_(std::move(callbacks)),
+      retryDelay_(firstRetryDelay) {
+    retryTimer_.setSingleShot(true);
+    retryTimer_.callOnTimeout(this, [this] {
+        connectTask_.start([this](std::stop_token stop) { return connectToBus(std::move(stop)); });
+    });
+}
+
+SessionBus::~SessionBus() {
+    connectTask_.cancel();
+    disconnectFromBus();
+}
+
+void SessionBus::start(std::chrono::milliseconds delay) {
+    retryTimer_.start(delay);
+}
+
+void SessionBus::send(const QDBusMessage& message) const {
+    if (isNamed_) {
+        connection_->send(message);
+    }
+}
+
+Task<> SessionBus::connectToBus(std::stop_token stop) {
+    const QString address = QString::fromUtf8(busAddress());
+    if (address.isEmpty()) {
+        retryLater();
+        co_return;
+    }
+    // Qt knows connections by name, and each of them but once.
+    const QString key = QUuid::createUuid().toString();
+    auto job = worker_.run([address, key](const std::stop_token&) {
+        QDBusConnection made = QDBusConnection::connectToBus(address, key);
+        if (!made.isConnected()) {
+            QDBusConnection::disconnectFromBus(key);
+        }
+        return made;
+    });
+    QDBusConnection made = co_await job;
+    if (stop.stop_requested()) {
+        QDBusConnection::disconnectFromBus(key);
+        co_return;
+    }
+    if (!made.isConnected()) {
+        retryLater();
+        co_return;
+    }
+    connection_ = made;
+    connected();
+}
+
+void SessionBus::connected() {
+    // Told by the library itself when the bus goes away.
+    connection_->connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                         QStringLiteral("org.freedesktop.DBus.Local"),
+                         QStringLiteral("Disconnected"), this, SLOT(connectionLost()));
+    callbacks_.onConnected(*connection_);
+    requestName(0);
+}
+
+void SessionBus::requestName(qsizetype index) {
+    QDBusMessage request = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("RequestName"));
+    request << names_.at(index) << doNotQueue;
+    auto* const watcher = new QDBusPendingCallWatcher(connection_->asyncCall(request), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, index] {
+        watcher->deleteLater();
+        const QDBusPendingReply<uint> reply = *watcher;
+        if (!connection_ || reply.isError()) {
+            return connectionLost();
+        }
+        if (reply.value() == isPrimaryOwner || reply.value() == isAlreadyOwner) {
+            isNamed_ = true;
+            retryDelay_ = firstRetryDelay;
+            callbacks_.onNamed();
+        } else if (index + 1 < names_.size()) {
+            requestName(index + 1);
+        } else {
+            connectionLost();
+        }
+    });
+}
+
+void SessionBus::connectionLost() {
+    if (!connection_) {
+        return;
+    }
+    disconnectFromBus();
+    callbacks_.onLost();
+    retryLater();
+}
+
+void SessionBus::disconnectFromBus() {
+    isNamed_ = false;
+    if (const auto gone = std::exchange(connection_, std::nullopt)) {
+        QDBusConnection::disconnectFromBus(gone->name());
+    }
+}
+
+void SessionBus::retryLater() {
+    retryTimer_.start(retryDelay_);
+    retryDelay_ = std::min(2 * retryDelay_, longestRetryDelay);
+}
+
+}  // namespace halvenor

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QObject>
+#include <QStringList>
+#include <QTimer>
+
+#include <chrono>
+#include <functional>
+#include <optional>
+
+#include "base/Task.h"
+
+namespace halvenor {
+
+/// A connection of this object's own to the session bus, with a name on it; made again when it is
+/// lost.
+///
+/// Connecting waits for the bus, which may be slow, stopped or gone, so it happens on a worker; the
+/// main thread only sends. Where there is no bus, and after it has gone, it is sought again after a
+/// second, then after twice as long each time, up to a minute. Main thread.
+class SessionBus final : public QObject {
+    Q_OBJECT
+
+  public:
+    struct Callbacks {
+        /// Connected, without a name yet: whatever is to be reached gets registered here.
+        std::function<void(QDBusConnection&)> onConnected;
+        /// The name is there: clients see this process from now on.
+        std::function<void()> onNamed;
+        /// The connection is gone, and with it all that was registered.
+        std::function<void()> onLost;
+    };
+
+    /// @param names to ask for, in this order, until one is free
+    /// @param worker where connecting waits
+    SessionBus(QStringList names, Service& worker, Callbacks callbacks);
+    SessionBus(const SessionBus&) = delete;
+    SessionBus& operator=(const SessionBus&) = delete;
+    ~SessionBus() override;
+
+    /// Connects for the first time after `delay`.
+    void start(std::chrono::milliseconds delay);
+
+    bool isNamed() const { return isNamed_; }
+    /// Sends without waiting, where there is a name; else the message is dropped.
+    void send(const QDBusMessage& message) const;
+
+  private Q_SLOTS:
+    void connectionLost();
+
+  private:
+    Task<> connectToBus(std::stop_token stop);
+    void connected();
+    void requestName(qsizetype index);
+    void disconnectFromBus();
+    void retryLater();
+
+    QStringList names_;
+    Service& worker_;
+    Callbacks callbacks_;
+    QTimer retryTimer_;
+    std::chrono::milliseconds retryDelay_;
+    std::optional<QDBusConnection> connection_;
+    bool isNamed_ = false;
+    TaskSlot connectTask_;
+};
+
+}  // namespace halvenor
