@@ -6,6 +6,7 @@
 #include "model/AudioExtensions.h"
 #include "model/scanner/DirectoryReader.h"
 #include "relocation/Fingerprint.h"
+#include "relocation/FolderNames.h"
 
 namespace halvenor {
 
@@ -75,16 +76,8 @@ class WitnessSearch {
 }  // namespace
 
 std::optional<QList<QByteArray>> childrenAt(const FileUrl& folder) {
-    QList<QByteArray> names;
-    DirectoryReader reader(folder);
-    while (const auto entry = reader.next()) {
-        names.emplace_back(entry->name.data(), static_cast<qsizetype>(entry->name.size()));
-    }
-    if (!reader.isIntact()) {
-        return std::nullopt;
-    }
-    std::ranges::sort(names);
-    return names;
+    FolderNames listing;
+    return listing.list(folder) ? std::optional(listing.copies()) : std::nullopt;
 }
 
 QMap<QByteArray, QByteArray> witnessesIn(const FileUrl& folder, const std::stop_token& token) {

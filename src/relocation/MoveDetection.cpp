@@ -1,22 +1,31 @@
 #include "relocation/MoveDetection.h"
 
 #include <utility>
-#include <vector>
+
+#include "relocation/RecordDate.h"
 
 namespace halvenor {
 
 namespace {
 
-void note(const RelocationRecord& record, const BookmarkResolution& resolution,
-          ResolvedMoves& result) {
-    const FileUrl url = resolution.url.standardized();
-    if (url.path() == record.path) {
-        result.seen.insert(record.path, resolution.status);
+// A view of the record's bytes, which outlive the request. Counting references would mean to touch
+// each of ten thousand bookmarks twice more.
+BookmarkRequest requestOf(const RelocationRecord& record, const QSet<QByteArray>& mayGoAnywhere) {
+    const bool isFree = !mayGoAnywhere.isEmpty() && mayGoAnywhere.contains(record.path);
+    return {QByteArray::fromRawData(record.bookmark->constData(), record.bookmark->size()),
+            isFree ? BookmarkScope::fileSystem : BookmarkScope::searchRoots};
+}
+
+void note(qsizetype place, const BookmarkResolution& resolution, ResolvedMoves& result) {
+    const QByteArray& path = result.records.at(place).path;
+    if (resolution.url.path() == path) {
+        result.dates[static_cast<size_t>(place)] = recordDate(resolution.status.modified);
         if (resolution.isStale) {
-            result.stale.insert(record.path);
+            result.stale.insert(path);
         }
-    } else if (!isInTrash(url)) {
-        result.moves.insert(record.path, url.path());
+    } else if (const FileUrl url = resolution.url.standardized();
+               url.path() != path && !isInTrash(url)) {
+        result.moves.insert(path, url.path());
     }
 }
 
@@ -25,23 +34,22 @@ void note(const RelocationRecord& record, const BookmarkResolution& resolution,
 ResolvedMoves resolvedMoves(const RelocationRecords& records, const QSet<QByteArray>& mayGoAnywhere,
                             BookmarkResolver& resolver, std::stop_token token) {
     std::vector<BookmarkRequest> requests;
-    std::vector<const RelocationRecord*> asked;
+    std::vector<qsizetype> places;
     requests.reserve(static_cast<size_t>(records.size()));
-    asked.reserve(static_cast<size_t>(records.size()));
-    for (const RelocationRecord& record : records) {
-        if (record.bookmark) {
-            const auto scope = mayGoAnywhere.contains(record.path) ? BookmarkScope::fileSystem
-                                                                   : BookmarkScope::searchRoots;
-            requests.emplace_back(*record.bookmark, scope);
-            asked.push_back(&record);
+    places.reserve(static_cast<size_t>(records.size()));
+    for (qsizetype place = 0; place < records.size(); ++place) {
+        if (records.at(place).bookmark) {
+            requests.push_back(requestOf(records.at(place), mayGoAnywhere));
+            places.push_back(place);
         }
     }
     const auto resolutions = resolver.resolve(requests, std::move(token));
     ResolvedMoves result;
-    result.seen.reserve(records.size());
-    for (size_t index = 0; index < asked.size(); ++index) {
+    result.records = records;
+    result.dates.resize(static_cast<size_t>(records.size()));
+    for (size_t index = 0; index < places.size(); ++index) {
         if (resolutions[index]) {
-            note(*asked[index], *resolutions[index], result);
+            note(places[index], *resolutions[index], result);
         }
     }
     return result;

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QHash>
 #include <QSet>
 
+#include <optional>
 #include <stop_token>
+#include <vector>
 
-#include "base/FileStatus.h"
 #include "base/MoveTable.h"
 #include "platform/bookmark/Bookmark.h"
 #include "relocation/RelocationRecord.h"
@@ -19,8 +19,11 @@ namespace halvenor {
 struct ResolvedMoves {
     /// From where the record says to where the item is now. May hold a folder and files under it.
     MoveTable moves;
-    /// Items seen at their records' paths, so that they need not be looked at again at once.
-    QHash<QByteArray, FileStatus> seen;
+    /// The records that it was asked about.
+    RelocationRecords records;
+    /// For each of them, in order, when the item at the record's path was modified, as a record has
+    /// it: so that it need not be looked at again at once. Absent for one that was not seen there.
+    std::vector<std::optional<double>> dates;
     /// Records' paths whose bookmarks should be made anew.
     QSet<QByteArray> stale;
 };
@@ -36,7 +39,8 @@ ResolvedMoves resolvedMoves(const RelocationRecords& records, const QSet<QByteAr
 /// date: survivors in their old order, then new ones in order of path. Of records with one path the
 /// first stays. What is missing now keeps all that was known of it. When nothing has changed the
 /// result is the records themselves, and no file's content was read.
-/// @param lastSeen what resolvedMoves saw just before
+/// @param lastSeen what resolvedMoves saw just before; of use as long as `records` is the very list
+/// that it was given
 RelocationRecords prepared(const RelocationRecords& records, const QSet<QByteArray>& files,
                            const QSet<QByteArray>& folders, const ResolvedMoves& lastSeen = {},
                            std::stop_token token = {});

@@ -10,7 +10,9 @@
 
 #include "relocation/Fingerprint.h"
 #include "relocation/FolderContents.h"
+#include "relocation/FolderNames.h"
 #include "relocation/MoveDetection.h"
+#include "relocation/PathIndex.h"
 #include "relocation/RecordDate.h"
 
 namespace halvenor {
@@ -19,24 +21,87 @@ namespace {
 
 class Preparation {
   public:
-    Preparation(const ResolvedMoves& lastSeen, const std::stop_token& token)
-        : lastSeen_(lastSeen), token_(token) {}
+    Preparation(const RelocationRecords& records, const QSet<QByteArray>& files,
+                const QSet<QByteArray>& folders, const ResolvedMoves& lastSeen,
+                const std::stop_token& token)
+        : records_(records),
+          files_(files),
+          folders_(folders),
+          lastSeen_(lastSeen),
+          isSeenList_(lastSeen.records.constData() == records.constData() &&
+                      lastSeen.dates.size() == static_cast<size_t>(records.size())),
+          token_(token),
+          index_(records) {}
 
-    RelocationRecord made(const QByteArray& path, bool isDirectory) const {
+    RelocationRecords result() {
+        selectRecords();
+        for (size_t at = 0; at < selected_.size() && !token_.stop_requested(); ++at) {
+            if (auto changed = updated(selected_[at])) {
+                result_[static_cast<qsizetype>(at)] = *std::move(changed);
+            }
+        }
+        for (const QByteArray& path : missingPaths()) {
+            if (token_.stop_requested()) {
+                break;
+            }
+            result_.append(made(path));
+        }
+        return std::move(result_);
+    }
+
+  private:
+    bool isWanted(const RelocationRecord& record) const {
+        const auto& likely = record.isDirectory ? folders_ : files_;
+        const auto& other = record.isDirectory ? files_ : folders_;
+        return likely.contains(record.path) || other.contains(record.path);
+    }
+
+    // The first of each wanted path. Nearly always that is all of them.
+    void selectRecords() {
+        selected_.reserve(static_cast<size_t>(records_.size()));
+        for (qsizetype place = 0; place < records_.size(); ++place) {
+            if (isWanted(records_.at(place)) && index_.add(place)) {
+                selected_.push_back(place);
+            }
+        }
+        if (selected_.size() == static_cast<size_t>(records_.size())) {
+            result_ = records_;
+            return;
+        }
+        for (const qsizetype place : selected_) {
+            result_.append(records_.at(place));
+        }
+    }
+
+    // Wanted paths without a record, in order of bytes.
+    std::vector<QByteArray> missingPaths() const {
+        std::vector<QByteArray> missing;
+        const auto both = std::ranges::count_if(
+            folders_, [&](const QByteArray& path) { return files_.contains(path); });
+        if (selected_.size() == static_cast<size_t>(files_.size() + folders_.size() - both)) {
+            return missing;
+        }
+        for (const auto* const paths : {&files_, &folders_}) {
+            std::ranges::copy_if(*paths, std::back_inserter(missing),
+                                 [&](const QByteArray& path) { return !index_.find(path); });
+        }
+        std::ranges::sort(missing);
+        missing.erase(std::ranges::unique(missing).begin(), missing.end());
+        return missing;
+    }
+
+    RelocationRecord made(const QByteArray& path) {
         const FileUrl url(path);
-        RelocationRecord record{.id = QUuid::createUuid(),
-                                .path = path,
-                                .isDirectory = isDirectory,
-                                .bookmark = makeBookmark(url),
-                                .fingerprint = {},
-                                .children = {},
-                                .modified = {},
-                                .witnesses = {}};
-        if (isDirectory) {
+        RelocationRecord record;
+        record.id = QUuid::createUuid();
+        record.path = path;
+        record.isDirectory = folders_.contains(path);
+        record.bookmark = makeBookmark(url);
+        if (record.isDirectory) {
             record.children = childrenAt(url);
             takeWitnesses(record);
         } else {
-            record.modified = dateAt(path);
+            record.modified = dateOnDisk(path);
             record.fingerprint = fingerprint(url);
         }
         return record;
@@ -44,8 +109,9 @@ class Preparation {
 
     // Absent when the record is as it should be, or nothing is at its path: what is missing is
     // found again by what was known of it.
-    std::optional<RelocationRecord> updated(const RelocationRecord& record) const {
-        const auto date = dateAt(record.path);
+    std::optional<RelocationRecord> updated(qsizetype place) {
+        const RelocationRecord& record = records_.at(place);
+        const auto date = dateOf(place);
         if (!date) {
             return std::nullopt;
         }
@@ -61,18 +127,20 @@ class Preparation {
         return changed;
     }
 
-  private:
-    std::optional<double> dateAt(const QByteArray& path) const {
-        const auto seen = lastSeen_.seen.constFind(path);
-        if (seen != lastSeen_.seen.constEnd()) {
-            return recordDate(seen->modified);
-        }
+    // When what is there was modified; absent when nothing is.
+    static std::optional<double> dateOnDisk(const QByteArray& path) {
         const auto status = fileStatus(FileUrl(path));
         return status ? std::optional(recordDate(status->modified)) : std::nullopt;
     }
 
+    std::optional<double> dateOf(qsizetype place) const {
+        const auto seen = isSeenList_ ? lastSeen_.dates[static_cast<size_t>(place)] : std::nullopt;
+        return seen ? seen : dateOnDisk(records_.at(place).path);
+    }
+
     bool needsBookmark(const RelocationRecord& record) const {
-        return !record.bookmark || lastSeen_.stale.contains(record.path);
+        return !record.bookmark ||
+               (!lastSeen_.stale.isEmpty() && lastSeen_.stale.contains(record.path));
     }
 
     // A record without a bookmark was made while its file was away.
@@ -87,25 +155,30 @@ class Preparation {
         return changed;
     }
 
-    std::optional<RelocationRecord> updatedFolder(const RelocationRecord& record) const {
-        auto current = childrenAt(FileUrl(record.path));
-        const bool isListingNew = record.children != current;
-        if (!isListingNew && record.witnesses && !hasStaleWitness(record)) {
+    std::optional<RelocationRecord> updatedFolder(const RelocationRecord& record) {
+        const bool isListed = listing_.list(FileUrl(record.path));
+        const bool isListingSame =
+            isListed ? record.children && std::ranges::equal(*record.children, listing_.names())
+                     : !record.children;
+        if (isListingSame && record.witnesses && !hasStaleWitness(record)) {
             return std::nullopt;
         }
         RelocationRecord changed = record;
-        changed.children = std::move(current);
+        changed.children = isListed ? std::optional(listing_.copies()) : std::nullopt;
         takeWitnesses(changed);
         return changed;
     }
 
-    bool hasStaleWitness(const RelocationRecord& record) const {
-        const QByteArray below = record.path + '/';
-        return std::any_of(record.witnesses->keyBegin(), record.witnesses->keyEnd(),
-                           [&](const QByteArray& relativePath) {
-                               const auto date = dateAt(below + relativePath);
-                               return !date || !record.modified || *date > *record.modified;
-                           });
+    bool hasStaleWitness(const RelocationRecord& record) {
+        const auto isStale = [&](const QByteArray& relativePath) {
+            witnessPath_.resize(0);  // keeps its room
+            witnessPath_.append(record.path).append('/').append(relativePath);
+            // Most witnesses are remembered files, and so were just looked at.
+            const auto place = index_.find(witnessPath_);
+            const auto date = place ? dateOf(*place) : dateOnDisk(witnessPath_);
+            return !date || !record.modified || *date > *record.modified;
+        };
+        return std::any_of(record.witnesses->keyBegin(), record.witnesses->keyEnd(), isStale);
     }
 
     void takeWitnesses(RelocationRecord& record) const {
@@ -114,87 +187,32 @@ class Preparation {
         // A file from the future would look modified for ever, and be read by every check.
         const double end = currentRecordDate();
         for (auto path = record.witnesses->keyBegin(); path != record.witnesses->keyEnd(); ++path) {
-            const auto status = fileStatus(FileUrl(record.path + '/' + *path));
-            const double date = status ? recordDate(status->modified) : 0;
+            const double date = dateOnDisk(record.path + '/' + *path).value_or(0);
             if (date > end) {
                 record.modified = std::max(*record.modified, date);
             }
         }
     }
 
+    const RelocationRecords& records_;
+    const QSet<QByteArray>& files_;
+    const QSet<QByteArray>& folders_;
     const ResolvedMoves& lastSeen_;
+    const bool isSeenList_;
     const std::stop_token& token_;
+    PathIndex index_;                  // of the selected records
+    std::vector<qsizetype> selected_;  // places in `records_`, in the result's order
+    RelocationRecords result_;
+    FolderNames listing_;     // of the folder at hand
+    QByteArray witnessPath_;  // of the witness at hand
 };
-
-// Paths of `files` and `folders` together that are not `known`, in order of bytes.
-std::vector<QByteArray> pathsWithout(const QSet<QByteArray>& known, const QSet<QByteArray>& files,
-                                     const QSet<QByteArray>& folders) {
-    std::vector<QByteArray> missing;
-    std::ranges::copy_if(files, std::back_inserter(missing), [&](const QByteArray& path) {
-        return !known.contains(path) && !folders.contains(path);
-    });
-    std::ranges::copy_if(folders, std::back_inserter(missing),
-                         [&](const QByteArray& path) { return !known.contains(path); });
-    std::ranges::sort(missing);
-    return missing;
-}
-
-// The records of paths that are wanted, the first of each path.
-struct Selection {
-    RelocationRecords records;
-    std::vector<QByteArray> missing;  // wanted paths without a record, in order of bytes
-};
-
-Selection select(const RelocationRecords& records, const QSet<QByteArray>& files,
-                 const QSet<QByteArray>& folders) {
-    QSet<QByteArray> known;
-    known.reserve(records.size());
-    qsizetype covered = 0;
-    const auto isDropped = [&](const RelocationRecord& record) {
-        const int uses = static_cast<int>(files.contains(record.path)) +
-                         static_cast<int>(folders.contains(record.path));
-        const qsizetype before = known.size();
-        if (uses > 0) {
-            known.insert(record.path);
-        }
-        const bool isNew = known.size() > before;
-        covered += isNew ? uses : 0;
-        return !isNew;
-    };
-    Selection selection;
-    if (std::ranges::none_of(records, isDropped)) {
-        selection.records = records;
-    } else {
-        known.clear();
-        covered = 0;
-        std::ranges::remove_copy_if(records, std::back_inserter(selection.records), isDropped);
-    }
-    if (covered < files.size() + folders.size()) {
-        selection.missing = pathsWithout(known, files, folders);
-    }
-    return selection;
-}
 
 }  // namespace
 
 RelocationRecords prepared(const RelocationRecords& records, const QSet<QByteArray>& files,
                            const QSet<QByteArray>& folders, const ResolvedMoves& lastSeen,
                            std::stop_token token) {
-    const Preparation preparation(lastSeen, token);
-    const Selection selection = select(records, files, folders);
-    RelocationRecords result = selection.records;
-    for (qsizetype index = 0; index < result.size() && !token.stop_requested(); ++index) {
-        if (auto changed = preparation.updated(selection.records.at(index))) {
-            result[index] = *std::move(changed);
-        }
-    }
-    for (const QByteArray& path : selection.missing) {
-        if (token.stop_requested()) {
-            break;
-        }
-        result.append(preparation.made(path, folders.contains(path)));
-    }
-    return result;
+    return Preparation(records, files, folders, lastSeen, token).result();
 }
 
 }  // namespace halvenor

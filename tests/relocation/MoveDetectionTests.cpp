@@ -1,14 +1,17 @@
 #include <gmock/gmock.h>
 
 #include "base/AtomicFile.h"
+#include "base/FileStatus.h"
 #include "relocation/FileTools.h"
 #include "relocation/MoveDetection.h"
+#include "relocation/RecordDate.h"
 #include "relocation/RelocationStore.h"
 #include "support/TemporaryFolder.h"
 
 namespace halvenor {
 namespace {
 
+using testing::Each;
 using testing::IsEmpty;
 
 using Paths = QSet<QByteArray>;
@@ -64,10 +67,10 @@ TEST_F(MoveDetection, SeesEverythingInItsPlace) {
     const ResolvedMoves found = resolved();
     EXPECT_THAT(found.moves, IsEmpty());
     EXPECT_THAT(found.stale, IsEmpty());
-    ASSERT_EQ(found.seen.size(), records.size());
-    for (const RelocationRecord& record : records) {
-        const auto kind = record.isDirectory ? FileStatus::Kind::folder : FileStatus::Kind::file;
-        EXPECT_EQ(found.seen.value(record.path).kind, kind) << record.path.constData();
+    ASSERT_EQ(found.dates.size(), static_cast<size_t>(records.size()));
+    for (size_t place = 0; place < found.dates.size(); ++place) {
+        const FileUrl url(records[static_cast<qsizetype>(place)].path);
+        EXPECT_EQ(found.dates[place], recordDate(fileStatus(url)->modified));
     }
     const int64_t before = test::bytesRead();
     const RelocationRecords after = prepared(records, files, folders, found);
@@ -136,7 +139,6 @@ TEST_F(MoveDetection, RenewsTheBookmarkOfAFileThatWasReplacedInItsPlace) {
     const ResolvedMoves found = resolved();
     EXPECT_THAT(found.moves, IsEmpty());
     EXPECT_EQ(found.stale, Paths{file});
-    EXPECT_TRUE(found.seen.contains(file));
     accept(found);
     EXPECT_THAT(resolved().stale, IsEmpty());
     move("library/album/1.mp3", "library/other/1.mp3");
@@ -149,7 +151,7 @@ TEST_F(MoveDetection, AsksNothingOfARecordWithoutABookmark) {
     }
     const ResolvedMoves found = resolved();
     EXPECT_THAT(found.moves, IsEmpty());
-    EXPECT_THAT(found.seen, IsEmpty());
+    EXPECT_THAT(found.dates, Each(std::nullopt));
     records[0].bookmark = "no bookmark of ours";
     EXPECT_THAT(resolved().moves, IsEmpty());
 }

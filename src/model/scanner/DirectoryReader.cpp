@@ -4,28 +4,9 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include "base/FileDescriptor.h"
-
 namespace halvenor {
 
-namespace {
-
-DIR* openFolder(const FileUrl& url) {
-    FileDescriptor folder(
-        ::open(url.path().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NONBLOCK));
-    if (!folder.isOpen()) {
-        return nullptr;
-    }
-    DIR* const stream = ::fdopendir(folder.get());
-    if (stream) {
-        folder.release();  // The stream owns it now.
-    }
-    return stream;
-}
-
-}  // namespace
-
-DirectoryReader::DirectoryReader(const FileUrl& url) : stream_(openFolder(url)) {}
+DirectoryReader::DirectoryReader(const FileUrl& url) : stream_(::opendir(url.path().constData())) {}
 
 DirectoryReader::~DirectoryReader() {
     if (stream_) {
