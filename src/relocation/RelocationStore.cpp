@@ -38,13 +38,14 @@ class RelocationStore::Impl {
   public:
     explicit Impl(const FileUrl& storageURL)
         : file_(storageURL),
-          loading_(std::async(std::launch::async, [this] { return loadedRecords(file_); })) {}
+          loading_(std::async(std::launch::async, [this] { loaded_ = loadedRecords(file_); })) {}
 
     const FileUrl& url() const { return file_.url(); }
 
     const RelocationRecords& records() {
         if (!std::exchange(isLoaded_, true)) {
-            saved_ = loading_.get();
+            loading_.wait();
+            saved_ = std::exchange(loaded_, std::nullopt);
             records_ = saved_.value_or(RelocationRecords());
         }
         return records_;
@@ -69,7 +70,8 @@ class RelocationStore::Impl {
 
   private:
     StoreFile file_;
-    const std::shared_future<std::optional<RelocationRecords>> loading_;  // ends before the file
+    std::optional<RelocationRecords> loaded_;  // the loading thread's, until that has ended
+    const std::shared_future<void> loading_;   // ends before the file
     bool isLoaded_ = false;
     RelocationRecords records_;
     std::optional<RelocationRecords> saved_;  // what the file holds, or was last given
