@@ -133,11 +133,15 @@ class ContainerPackets final : public PacketSource {
         const int64_t target = std::max<int64_t>(frame - preroll_, 0);
         const int64_t ts =
             ffmpeg::av_rescale_q_rnd(target, {1, sampleRate_}, stream_->time_base, AV_ROUND_DOWN);
-        if (ffmpeg::avformat_seek_file(format_, stream_->index, INT64_MIN, ts, ts, 0) < 0) {
+        if (ffmpeg::avformat_seek_file(format_, stream_->index, INT64_MIN, ts, ts, 0) >= 0 ||
             ffmpeg::avformat_seek_file(format_, stream_->index, INT64_MIN, 0, 0,
-                                       AVSEEK_FLAG_BACKWARD);
+                                       AVSEEK_FLAG_BACKWARD) >= 0) {
+            return std::nullopt;
         }
-        return std::nullopt;
+        // In a FLAC file of a single frame libavformat finds no place at all, and stays at the end.
+        ffmpeg::avformat_seek_file(format_, stream_->index, dataBegin_, dataBegin_, dataBegin_,
+                                   AVSEEK_FLAG_BYTE);
+        return 0;
     }
 
     const AVCodecParameters& parameters() const override { return *stream_->codecpar; }
@@ -161,6 +165,8 @@ class ContainerPackets final : public PacketSource {
             format_ = nullptr;  // avformat_open_input has freed it.
             throwDamaged();
         }
+        const AVIOContext& io = *io_.context();
+        dataBegin_ = io.pos - (io.buf_end - io.buf_ptr);
     }
 
     void close() {
@@ -173,6 +179,7 @@ class ContainerPackets final : public PacketSource {
     int sampleRate_;
     AVFormatContext* format_ = nullptr;
     AVStream* stream_ = nullptr;
+    int64_t dataBegin_ = 0;  // bytes; where the headers have ended
     int64_t preroll_ = 0;
 };
 
