@@ -13,6 +13,7 @@
 
 #include "LargeTree.h"
 #include "platform/bookmark/Bookmark.h"
+#include "support/Measure.h"
 
 namespace {
 
@@ -21,18 +22,8 @@ using halvenor::BookmarkResolver;
 using halvenor::BookmarkScope;
 using halvenor::FileUrl;
 using halvenor::bench::LargeTree;
-
-template <class Work>
-double seconds(Work work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-    std::ranges::nth_element(values, values.begin() + static_cast<long>(values.size() / 2));
-    return values[values.size() / 2];
-}
+using halvenor::bench::median;
+using halvenor::bench::seconds;
 
 void require(bool isTrue, const char* otherwise) {
     if (!isTrue) {

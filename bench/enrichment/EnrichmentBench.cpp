@@ -11,29 +11,20 @@
 #include <vector>
 
 #include "BareReading.h"
+#include "support/Measure.h"
 #include "support/MusicFolder.h"
 #include "tags/TagService.h"
 
 namespace {
 
 using namespace halvenor;
+using halvenor::bench::median;
+using halvenor::bench::seconds;
 
 constexpr int trackCount = 5000;
 constexpr int pairs = 15;
 constexpr qsizetype batchSize = 8;
 constexpr size_t batchesAhead = 6;
-
-template <class Work>
-double seconds(Work work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
 
 // Batches in order, a few of them ahead of the one that is awaited.
 Task<> readAll(QList<FileUrl> files, QList<Track>* tracks, bool* isDone) {

@@ -19,10 +19,13 @@
 #include "base/Collation.h"
 #include "base/FileDescriptor.h"
 #include "model/scanner/DirectoryListing.h"
+#include "support/Measure.h"
 
 namespace {
 
 using halvenor::FileDescriptor;
+using halvenor::bench::median;
+using halvenor::bench::seconds;
 
 constexpr int trackCount = 10000;
 constexpr int pairs = 41;
@@ -71,18 +74,6 @@ std::vector<BareEntry> bareListing(const QByteArray& folder) {
     std::ranges::sort(
         entries, [](const BareEntry& a, const BareEntry& b) { return a.key.compare(b.key) < 0; });
     return entries;
-}
-
-template <class Work>
-double seconds(Work work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-    std::ranges::nth_element(values, values.begin() + static_cast<long>(values.size() / 2));
-    return values[values.size() / 2];
 }
 
 // Both in turn, so that whatever else the machine does meets both alike.

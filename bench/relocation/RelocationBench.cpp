@@ -25,11 +25,14 @@
 #include "base/FileStatus.h"
 #include "relocation/MoveDetection.h"
 #include "relocation/RelocationStore.h"
+#include "support/Measure.h"
 
 namespace {
 
 using halvenor::FileDescriptor;
 using halvenor::FileUrl;
+using halvenor::bench::median;
+using halvenor::bench::seconds;
 
 [[noreturn]] void fail(const char* what) {
     std::fprintf(stderr, "%s\n", what);
@@ -101,18 +104,6 @@ class Library {
     QSet<QByteArray> fileSet_;
     QSet<QByteArray> folderSet_;
 };
-
-template <class Work>
-double seconds(Work work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-    std::ranges::nth_element(values, values.begin() + static_cast<long>(values.size() / 2));
-    return values[values.size() / 2];
-}
 
 // Both in turn, so that whatever else the machine does meets both alike.
 template <class Ours, class Bare>

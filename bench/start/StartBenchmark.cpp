@@ -20,11 +20,13 @@
 #include <unistd.h>
 #include <vector>
 
+#include "support/Measure.h"
 #include "support/XServer.h"
 
 namespace {
 
 using namespace halvenor;
+using halvenor::bench::median;
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
@@ -106,11 +108,6 @@ Figures measure(const bench::XServer& server, const char* program, bool withMemo
     }
     waitForPixel(server, background, false);
     return figures;
-}
-
-double median(std::vector<double> values) {
-    std::ranges::sort(values);
-    return values[values.size() / 2];
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "enrichment/BareReading.h"
 #include "platform/audio/Outputs.h"
 #include "state/AppState.h"
+#include "support/Measure.h"
 #include "support/MusicFolder.h"
 #include "support/PlayedMusic.h"
 #include "support/SoundServer.h"
@@ -25,6 +26,7 @@
 namespace {
 
 using namespace halvenor;
+using halvenor::bench::median;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
@@ -35,11 +37,6 @@ constexpr auto playingTime = 20s;
 
 double since(Clock::time_point start) {
     return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-    std::ranges::sort(values);
-    return values[values.size() / 2];
 }
 
 void runEventsFor(std::chrono::milliseconds duration) {
