@@ -17,8 +17,8 @@ QPalette makePalette() {
         HalvenorTheme::isLight() ? QColor(Qt::black) : QColor::fromRgbF(0.86F, 0.86F, 0.86F);
     QColor faint = text;
     faint.setAlphaF(0.4F);
-    QPalette palette(text, HalvenorTheme::blend(HalvenorTheme::hairline(), window));
-    palette.setColor(QPalette::Window, window);
+    // From the colour of buttons come the shades that the toolkit's own controls are drawn with.
+    QPalette palette(HalvenorTheme::blend(HalvenorTheme::hairline(), window), window);
     palette.setColor(QPalette::Base, HalvenorTheme::pane(HalvenorTheme::inspectorBackground()));
     palette.setColor(QPalette::AlternateBase, window);
     palette.setColor(QPalette::Text, text);
