@@ -80,6 +80,7 @@ TEST(KeyMap, actsOnPlacesAndLeavesModifiedKeysAlone) {
     const Case cases[] = {
         {43, Qt::Key_H, Qt::NoModifier, WindowAction::toggleHistory},
         {42, Qt::Key_G, Qt::NoModifier, WindowAction::revealPlayingFile},
+        {46, Qt::Key_L, Qt::NoModifier, WindowAction::toggleFavorite},
         {59, Qt::Key_Comma, Qt::NoModifier, WindowAction::playPrevious},
         {58, Qt::Key_M, Qt::NoModifier, WindowAction::toggleMute},
         {60, Qt::Key_Period, Qt::NoModifier, WindowAction::playNext},

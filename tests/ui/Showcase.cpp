@@ -2,6 +2,8 @@
 //
 //   QT_QPA_PLATFORM=offscreen ui_showcase FOLDER        (QT_SCALE_FACTOR=2 for twice the pixels)
 #include <QApplication>
+#include <QContextMenuEvent>
+#include <QFileDialog>
 #include <QMenu>
 #include <QTemporaryDir>
 #include <QTest>
@@ -10,7 +12,13 @@
 
 #include "ui/ExampleLibrary.h"
 #include "ui/mainwindow/MainWindow.h"
+#include "ui/mainwindow/WindowPrompts.h"
+#include "ui/sheets/ConfirmSheet.h"
+#include "ui/sidebar/FolderTreeView.h"
+#include "ui/sidebar/SidebarView.h"
 #include "ui/theme/ThemeInstaller.h"
+#include "ui/tracklist/TrackListPane.h"
+#include "ui/tracklist/TrackListView.h"
 
 namespace {
 
@@ -32,6 +40,65 @@ QWidget* findNamed(QWidget& window, const QString& name) {
     return nullptr;
 }
 
+void clickNamed(QWidget& window, const char* name) {
+    if (QWidget* button = findNamed(window, QString::fromUtf8(name))) {
+        QTest::mouseClick(button, Qt::LeftButton);
+    }
+}
+
+void fillPlaylists(AppState& state) {
+    const TrackList& tracks = *state.playbackQueue;
+    for (const int row : {1, 4, 5}) {
+        state.toggleFavorite(tracks[row]);
+    }
+    for (const char* name : {"Late Train Home", "Łukasz & Ana, live", "雨の日",
+                             "Everything That Was Ever Recorded in a Lighthouse"}) {
+        state.playlistManager().createPlaylist(QString::fromUtf8(name), {tracks[0], tracks[1]});
+    }
+}
+
+// The playlists, with one of them on show, and the sheets that belong to them.
+void showPlaylists(AppState& state, MainWindow& window, const QString& place) {
+    const TrackList tracks = *state.playbackQueue;
+    const auto folder = *state.selectedFolder;
+    clickNamed(window, "Playlists");
+    state.selectedFolder = std::nullopt;
+    state.openPlaylist = state.playlistManager().playlists->at(1);
+    save(window, place.arg(QStringLiteral("playlists")));
+    clickNamed(window, "Add New Playlist");
+    save(window, place.arg(QStringLiteral("new-playlist")));
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    state.openPlaylist = std::nullopt;
+    state.selectedFolder = folder;
+    state.playbackQueue = tracks;
+    clickNamed(window, "Folders");
+}
+
+void showConfirmation(MainWindow& window, const QString& file) {
+    auto* sheet = new ConfirmSheet(
+        &window,
+        {QStringLiteral("Restore links to this folder?"),
+         QStringLiteral("/media/old disk/Music/Glass Harbour\n→ /home/ana/Music/Glass Harbour\n\n"
+                        "The remembered contents match. Favorites, playlists and folder marks "
+                        "will use the selected folder."),
+         QStringLiteral("Restore Links")},
+        [](bool) {});
+    save(window, file);
+    delete sheet;
+}
+
+void showMenu(QListView& view, int row, const QString& file) {
+    const QPoint place = view.visualRect(view.model()->index(row, 0)).center();
+    QContextMenuEvent event(QContextMenuEvent::Mouse, place, view.viewport()->mapToGlobal(place));
+    QCoreApplication::sendEvent(view.viewport(), &event);
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    if (menu == nullptr) {
+        return;
+    }
+    save(*menu, file);
+    menu->close();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -45,10 +112,16 @@ int main(int argc, char** argv) {
     window.show();
     save(window, folder + QStringLiteral("/empty.png"));
     test::fillWithExample(*state);
+    fillPlaylists(*state);
     for (const AppTheme theme : allThemes) {
         state->selectedTheme = theme;
         const QString name = rawValue(theme).toLower().replace(QLatin1Char(' '), QLatin1Char('-'));
         save(window, QStringLiteral("%1/window-%2.png").arg(folder, name));
+        const QString place = QStringLiteral("%1/%3-%2.png").arg(folder, name);
+        showPlaylists(*state, window, place);
+        showConfirmation(window, place.arg(QStringLiteral("confirm")));
+        showMenu(window.trackList().list(), 3, place.arg(QStringLiteral("track-menu")));
+        showMenu(window.sidebar().tree(), 1, place.arg(QStringLiteral("folder-menu")));
         window.toggleHistory();
         save(window, QStringLiteral("%1/history-%2.png").arg(folder, name));
         window.toggleHistory();
@@ -67,6 +140,16 @@ int main(int argc, char** argv) {
         }
     }
     state->selectedTheme = AppTheme::halvenorDark;
+    WindowPrompts prompts(*state, window);
+    prompts.chooseFolder(
+        QStringLiteral("Choose the new location of “Tidal Rooms”. Favorites, playlists and folder "
+                       "marks will be restored after checking its contents."),
+        [](const auto&) {});
+    if (auto* dialog = window.findChild<QFileDialog*>()) {
+        save(*dialog, folder + QStringLiteral("/choose-folder.png"));
+        dialog->close();
+        QApplication::setActiveWindow(&window);
+    }
     if (QWidget* search = findNamed(window, QStringLiteral("Search"))) {
         QTest::mouseClick(search, Qt::LeftButton);
         QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("har"));

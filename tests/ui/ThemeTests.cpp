@@ -96,6 +96,11 @@ TEST(Symbols, areDrawnTintedAndCrisp) {
                            "chevron.right",
                            "xmark",
                            "xmark.circle.fill",
+                           "heart",
+                           "heart.fill",
+                           "list.bullet.rectangle",
+                           "rectangle.grid.1x2",
+                           "square.and.arrow.down",
                            "exclamationmark.triangle"};
     std::set<QByteArray> drawings;
     for (const char* name : names) {

@@ -1,29 +1,16 @@
 // Real widgets on a real state: what the pointer and the keyboard do, and what a change costs.
 #include <QAbstractButton>
 #include <QAbstractItemModelTester>
-#include <QApplication>
-#include <QKeyEvent>
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QSignalSpy>
-#include <QTemporaryDir>
-#include <QTest>
 
-#include <gmock/gmock.h>
-
-#include "support/EventLoop.h"
-#include "ui/ExampleLibrary.h"
+#include "ui/WindowFixture.h"
 #include "ui/controls/ThinSlider.h"
-#include "ui/mainwindow/MainWindow.h"
 #include "ui/mainwindow/SplitDivider.h"
 #include "ui/playerbar/HistoryPanel.h"
 #include "ui/playerbar/PlayerBarView.h"
 #include "ui/sidebar/FolderRowParts.h"
-#include "ui/sidebar/FolderTreeView.h"
-#include "ui/sidebar/SidebarView.h"
-#include "ui/theme/ThemeInstaller.h"
-#include "ui/tracklist/TrackListPane.h"
-#include "ui/tracklist/TrackListView.h"
 
 namespace halvenor {
 namespace {
@@ -38,59 +25,9 @@ class PaintCounter : public QObject {
     }
 };
 
-template <class T>
-T& findByName(QWidget& window, const char* name) {
-    for (T* widget : window.findChildren<T*>()) {
-        if (widget->accessibleName() == QString::fromUtf8(name) && !widget->isHidden()) {
-            return *widget;
-        }
-    }
-    throw std::runtime_error(name);
-}
+using test::findByName;
 
-class Window : public testing::Test {
-  protected:
-    Window() : state(test::makeState(FileUrl(home.path().toUtf8() + "/settings.json"))) {
-        installTheme(*state, *qApp);
-        window = std::make_unique<MainWindow>(*state);
-        window->show();
-        QApplication::setActiveWindow(window.get());
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
-    }
-
-    FolderTreeView& tree() { return window->sidebar().tree(); }
-    TrackListView& list() { return window->trackList().list(); }
-    AudioEngineManager& engine() { return state->audioEngine(); }
-
-    static QPoint centreOf(const QListView& view, int row) {
-        return view.visualRect(view.model()->index(row, 0)).center();
-    }
-    static void click(QListView& view, int row, Qt::KeyboardModifiers modifiers = {}) {
-        QTest::mouseClick(view.viewport(), Qt::LeftButton, modifiers, centreOf(view, row));
-    }
-    // As a keyboard sends it: with a scan code.
-    static bool press(QWidget& receiver, quint32 scan, Qt::Key key,
-                      Qt::KeyboardModifiers modifiers = {}, const QString& text = {}) {
-        QKeyEvent event(QEvent::KeyPress, key, modifiers, scan, 0, 0, text);
-        QCoreApplication::sendEvent(&receiver, &event);
-        return event.isAccepted();
-    }
-    void showTracks(int count) {
-        TrackList tracks;
-        for (int i = 0; i < count; ++i) {
-            const QByteArray number = QByteArray::number(i);
-            tracks.append(test::exampleTrack("/music/t/" + number, QString::fromLatin1(number),
-                                             QStringLiteral("Artist")));
-        }
-        state->selectedFolder = FolderItem(FileUrl("/music/t"), true);
-        state->playbackQueue = tracks;
-        QTest::qWait(1);
-    }
-
-    QTemporaryDir home;
-    std::unique_ptr<AppState> state;
-    std::unique_ptr<MainWindow> window;
-};
+class Window : public test::WindowFixture {};
 
 // ---- Slider
 // --------------------------------------------------------------------------------------
@@ -396,7 +333,7 @@ TEST_F(Window, takesOverTagsWithoutLosingItsPlace) {
     EXPECT_THAT(list().model()->index(3, 0).data(Qt::AccessibleTextRole).toString().toStdString(),
                 testing::HasSubstr("Named 3, Artist"));
 
-    showTracks(10);
+    showTracks(10, "other");
     EXPECT_EQ(resets.count(), 1);
     EXPECT_EQ(list().verticalScrollBar()->value(), 0);
 }

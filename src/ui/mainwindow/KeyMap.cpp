@@ -18,6 +18,7 @@ constexpr quint32 scanCodeOffset = 8;
 constexpr std::array bindings = {
     Binding{35, Qt::Key_H, WindowAction::toggleHistory},
     Binding{34, Qt::Key_G, WindowAction::revealPlayingFile},
+    Binding{38, Qt::Key_L, WindowAction::toggleFavorite},
     Binding{51, Qt::Key_Comma, WindowAction::playPrevious},
     Binding{50, Qt::Key_M, WindowAction::toggleMute},
     Binding{52, Qt::Key_Period, WindowAction::playNext},

@@ -11,6 +11,7 @@ namespace halvenor {
 enum class WindowAction {
     toggleHistory,
     revealPlayingFile,
+    toggleFavorite,
     playPrevious,
     toggleMute,
     playNext,

@@ -2,6 +2,7 @@
 
 #include <QAbstractSpinBox>
 #include <QApplication>
+#include <QFileDialog>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -26,13 +27,16 @@ KeyMonitor::KeyMonitor(QWidget* window) : QObject(window), window_(window) {
 }
 
 // A press comes by once for the native window and once for each widget it is offered to. The first
-// widget decides.
+// widget decides. A file dialog is a place of its own: there a letter leads to a file.
 bool KeyMonitor::isOurs(const QObject* receiver) const {
     if (!receiver->isWidgetType()) {
         return false;
     }
     const QWidget* top = static_cast<const QWidget*>(receiver)->window();
     while (top != nullptr && top != window_) {
+        if (qobject_cast<const QFileDialog*>(top) != nullptr) {
+            return false;
+        }
         top = top->parentWidget() != nullptr ? top->parentWidget()->window() : nullptr;
     }
     return top == window_;

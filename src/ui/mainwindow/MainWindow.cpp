@@ -9,12 +9,13 @@
 
 #include "platform/desktop/FileManager.h"
 #include "state/AppState.h"
-#include "ui/mainwindow/ErrorSheet.h"
 #include "ui/mainwindow/KeyMonitor.h"
 #include "ui/mainwindow/SplitDivider.h"
 #include "ui/mainwindow/SplitRule.h"
+#include "ui/mainwindow/WindowPrompts.h"
 #include "ui/playerbar/HistoryPanel.h"
 #include "ui/playerbar/PlayerBarView.h"
+#include "ui/sheets/ErrorSheet.h"
 #include "ui/sidebar/FolderTreeView.h"
 #include "ui/sidebar/SidebarView.h"
 #include "ui/symbols/Symbols.h"
@@ -47,8 +48,8 @@ MainWindow::MainWindow(AppState& state)
       divider_(new SplitDivider(this)),
       playerBar_(new PlayerBarView(state, this)),
       history_(new HistoryPanel(state, this)),
-      errorSheet_(new ErrorSheet(this)),
-      keyMonitor_(new KeyMonitor(this)) {
+      keyMonitor_(new KeyMonitor(this)),
+      prompts_(std::make_unique<WindowPrompts>(state, *this)) {
     setWindowTitle(QStringLiteral("Halvenor"));
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMinimumSize(leastSize);
@@ -57,9 +58,6 @@ MainWindow::MainWindow(AppState& state)
     divider_->onDragged = [this](double x) { dragDivider(x); };
     playerBar_->onHistoryToggled = [this] { toggleHistory(); };
     keyMonitor_->onAction = [this](WindowAction action) { perform(action); };
-    errorSheet_->onDismissed = [this] {
-        state_.playbackErrorMessage.mutate([](auto& message) { message.reset(); });
-    };
     errors_ = state_.playbackErrorMessage.subscribe([this](const auto&) { showError(); });
     showError();
 }
@@ -82,7 +80,6 @@ void MainWindow::layOut() {
     history_->setRestingPlace(QStyle::visualRect(
         layoutDirection(), rect(),
         QRect(width() - HistoryPanel::panelWidth, 0, HistoryPanel::panelWidth, upper)));
-    errorSheet_->setGeometry(rect());
 }
 
 void MainWindow::dragDivider(double x) {
@@ -107,6 +104,11 @@ void MainWindow::perform(WindowAction action) {
                 revealInFileManager(track->url());
             }
             break;
+        case WindowAction::toggleFavorite:
+            if (const auto track = *engine.currentTrack) {
+                state_.toggleFavorite(*track);
+            }
+            break;
         case WindowAction::playPrevious:
             state_.playPrevious();
             break;
@@ -123,9 +125,16 @@ void MainWindow::perform(WindowAction action) {
 }
 
 void MainWindow::showError() {
-    if (const auto& message = *state_.playbackErrorMessage) {
+    const auto& message = *state_.playbackErrorMessage;
+    if (message && errorSheet_ == nullptr) {
+        errorSheet_ = new ErrorSheet(this, QStringLiteral("Playback Error"));
+        errorSheet_->onDismissed = [this] {
+            state_.playbackErrorMessage.mutate([](auto& text) { text.reset(); });
+        };
+    }
+    if (message) {
         errorSheet_->present(*message);
-    } else if (!errorSheet_->isHidden()) {
+    } else if (errorSheet_ != nullptr && !errorSheet_->isHidden()) {
         errorSheet_->dismiss();
     }
 }

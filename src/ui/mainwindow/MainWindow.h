@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+#include <memory>
+
 #include "base/Published.h"
 
 namespace halvenor {
@@ -14,6 +16,7 @@ class PlayerBarView;
 class SidebarView;
 class SplitDivider;
 class TrackListPane;
+class WindowPrompts;
 enum class WindowAction;
 
 /// The main window: the sidebar and the track list above the player bar, the history and errors
@@ -50,11 +53,13 @@ class MainWindow : public QWidget {
     SplitDivider* divider_;
     PlayerBarView* playerBar_;
     HistoryPanel* history_;
-    ErrorSheet* errorSheet_;
+    ErrorSheet* errorSheet_ = nullptr;  // made with the first error
     KeyMonitor* keyMonitor_;
     double leftPanelFraction_ = 0.3;
     bool hasBeenShown_ = false;
     Subscription errors_;
+    /// The last: what it cancels at the window's end may still be shown by the rest.
+    std::unique_ptr<WindowPrompts> prompts_;
 };
 
 }  // namespace halvenor

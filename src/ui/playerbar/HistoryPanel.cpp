@@ -41,7 +41,6 @@ void HistoryPanel::setShown(bool isShown) {
         makeList();
         place();
         show();
-        raise();
     } else if (isAncestorOf(focusWidget())) {
         list_->clearFocus();
     }

@@ -1,25 +1,18 @@
 #include "ui/sidebar/FolderTreeModel.h"
 
-#include <algorithm>
-#include <iterator>
+#include "ui/controls/ChangedRows.h"
 
 namespace halvenor {
 
-// Everything between the first and the last difference is replaced: a folder that opens, closes or
-// fills is one run of rows.
+// A folder that opens, closes or fills is one run of rows.
 void FolderTreeModel::setRows(FolderRows rows) {
-    const auto isSame = [](const FolderRow& a, const FolderRow& b) { return a.isSameRowAs(b); };
-    const auto [oldHead, newHead] =
-        std::mismatch(rows_.begin(), rows_.end(), rows.begin(), rows.end(), isSame);
-    const auto [oldTail, newTail] =
-        std::mismatch(rows_.rbegin(), std::make_reverse_iterator(oldHead), rows.rbegin(),
-                      std::make_reverse_iterator(newHead), isSame);
-    const auto first = static_cast<int>(oldHead - rows_.begin());
-    const auto removed = static_cast<int>(oldTail.base() - oldHead);
-    const auto added = static_cast<int>(newTail.base() - newHead);
+    const auto [first, removed, added] =
+        changedRows(rowCount(), static_cast<int>(rows.size()), [&](int before, int after) {
+            return row(before).isSameRowAs(rows[static_cast<size_t>(after)]);
+        });
     if (removed > 0) {
         beginRemoveRows({}, first, first + removed - 1);
-        rows_.erase(oldHead, oldTail.base());
+        rows_.erase(rows_.begin() + first, rows_.begin() + first + removed);
         endRemoveRows();
     }
     if (added > 0) {

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <chrono>
 
-#include "platform/desktop/FileManager.h"
 #include "state/AppState.h"
 #include "ui/controls/ElidedText.h"
 #include "ui/controls/FocusRing.h"
@@ -45,7 +44,8 @@ QColor surface() {
 FolderTreeView::FolderTreeView(AppState& state, QWidget* parent)
     : PaddedListView(FolderRowParts::rowHeight, 4, 16, &surface, parent),
       state_(state),
-      model_(new FolderTreeModel(this)) {
+      model_(new FolderTreeModel(this)),
+      additions_(state) {
     setAccessibleName(QStringLiteral("Folders"));
     model_->describe = [this](const FolderRow& row) { return describe(row); };
     setModel(model_);
@@ -275,16 +275,7 @@ void FolderTreeView::contextMenuEvent(QContextMenuEvent* event) {
 void FolderTreeView::showMenu(const FolderRow& row, const QPoint& globalPlace) {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    const FolderItem folder = row.folder;
-    menu->addAction(QStringLiteral("Show in Finder"), this,
-                    [folder] { revealInFileManager(folder.url()); });
-    menu->addAction(QStringLiteral("Refresh"), this,
-                    [this, folder] { state_.refreshFolder(folder); });
-    if (state_.isRootFolder(folder)) {
-        menu->addSeparator();
-        menu->addAction(QStringLiteral("Remove Folder"), this,
-                        [this, folder] { state_.removeFolder(folder.url()); });
-    }
+    fillFolderMenu(*menu, state_, row.folder, additions_);
     menu->popup(globalPlace);
 }
 

@@ -5,6 +5,7 @@
 
 #include "base/Published.h"
 #include "ui/controls/PaddedListView.h"
+#include "ui/sidebar/FolderMenu.h"
 #include "ui/sidebar/FolderTreeModel.h"
 
 namespace halvenor {
@@ -52,6 +53,7 @@ class FolderTreeView : public PaddedListView {
 
     AppState& state_;
     FolderTreeModel* model_;
+    FolderAdditions additions_;
     bool isRebuildScheduled_ = false;
     HotPart hotPart_ = HotPart::none;
     QTimer spinning_;

@@ -14,38 +14,48 @@ namespace halvenor {
 namespace {
 constexpr int horizontalInset = 20;
 constexpr int spacing = 4;
+constexpr int groupSpacing = 12;
 constexpr double symbolSize = 13;
+constexpr int buttonsHeight = static_cast<int>(HalvenorTheme::explorerToolbarHeight);
+constexpr int fieldHeight = 28;
+constexpr int fieldRoom = fieldHeight + 8;
 }  // namespace
 
 SidebarToolbar::SidebarToolbar(AppState& state, QWidget* parent)
     : QWidget(parent),
       state_(state),
-      search_(new IconButton(QStringLiteral("magnifyingglass"), symbolSize,
-                             QStringLiteral("Search"), this)),
-      filter_(new IconButton(QStringLiteral("checkmark.circle"), symbolSize,
-                             QStringLiteral("Show Checked Folders"), this)),
-      add_(new IconButton(QStringLiteral("plus.circle"), symbolSize, QStringLiteral("Add Folder…"),
-                          this)) {
-    for (IconButton* button : {search_, filter_, add_}) {
-        button->setPlate(true);
-    }
+      folders_(makeButton(QStringLiteral("folder.fill"), QStringLiteral("Folders"))),
+      playlists_(makeButton(QStringLiteral("list.bullet.rectangle"), QStringLiteral("Playlists"))),
+      search_(makeButton(QStringLiteral("magnifyingglass"), QStringLiteral("Search"))),
+      filter_(
+          makeButton(QStringLiteral("checkmark.circle"), QStringLiteral("Show Checked Folders"))),
+      add_(makeButton(QStringLiteral("plus.circle"), QStringLiteral("Add Folder…"))) {
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setTabOrder(search_, filter_);
-    setTabOrder(filter_, add_);
-
+    const auto choose = [this](SidebarSection section) {
+        if (onSectionChosen) {
+            onSectionChosen(section);
+        }
+    };
+    connect(folders_, &QAbstractButton::clicked, this,
+            [choose] { choose(SidebarSection::folders); });
+    connect(playlists_, &QAbstractButton::clicked, this,
+            [choose] { choose(SidebarSection::playlists); });
     connect(search_, &QAbstractButton::clicked, this,
-            [this] { setSearchVisible(!isSearchVisible()); });
+            [this] { setSearchVisible(!isSearchWanted()); });
     connect(filter_, &QAbstractButton::clicked, this,
             [this] { state_.showMarkedFoldersOnly = !*state_.showMarkedFoldersOnly; });
-    connect(add_, &QAbstractButton::clicked, this, [this] {
-        if (onAddFolder) {
-            onAddFolder();
-        }
-    });
+    connect(add_, &QAbstractButton::clicked, this, [this] { state_.openFolderPicker(); });
 
     subscriptions_.push_back(state_.rootFolders.subscribe([this](const auto&) { refresh(); }));
     subscriptions_.push_back(state_.showMarkedFoldersOnly.subscribe([this](bool) { refresh(); }));
+    setTabOrders();
     refresh();
+}
+
+IconButton* SidebarToolbar::makeButton(const QString& symbol, const QString& help) {
+    auto* button = new IconButton(symbol, symbolSize, help, this);
+    button->setPlate(true);
+    return button;
 }
 
 void SidebarToolbar::makeSearchField() {
@@ -55,8 +65,8 @@ void SidebarToolbar::makeSearchField() {
     query_->setFont(HalvenorTheme::font(12));
     query_->setTextMargins(4, 0, 4, 0);
     query_->installEventFilter(this);
-    setTabOrder(search_, query_);
-    setTabOrder(query_, filter_);
+    query_->hide();
+    setTabOrders();
     connect(query_, &QLineEdit::textEdited, this,
             [this](const QString& text) { state_.searchQuery = text; });
     subscriptions_.push_back(state_.searchQuery.subscribe([this](const QString& text) {
@@ -66,17 +76,58 @@ void SidebarToolbar::makeSearchField() {
     }));
 }
 
-bool SidebarToolbar::isSearchVisible() const {
-    return query_ != nullptr && !query_->isHidden();
+void SidebarToolbar::makePlaylistButtons() {
+    import_ = makeButton(QStringLiteral("square.and.arrow.down"), QStringLiteral("Import M3U…"));
+    create_ = makeButton(QStringLiteral("plus.circle"), QStringLiteral("Add New Playlist"));
+    connect(import_, &QAbstractButton::clicked, this, [this] { onImportPlaylist(); });
+    connect(create_, &QAbstractButton::clicked, this, [this] { onCreatePlaylist(); });
+    setTabOrders();
+}
+
+// In the order that they stand in.
+void SidebarToolbar::setTabOrders() {
+    QWidget* last = folders_;
+    for (QWidget* next : std::initializer_list<QWidget*>{playlists_, search_, filter_, query_,
+                                                         import_, create_, add_}) {
+        if (next != nullptr) {
+            setTabOrder(last, next);
+            last = next;
+        }
+    }
+}
+
+void SidebarToolbar::showSection(SidebarSection section) {
+    section_ = section;
+    if (section == SidebarSection::playlists && create_ == nullptr) {
+        makePlaylistButtons();
+    }
+    refresh();
+    layOut();
+    if (onHeightChanged) {
+        onHeightChanged();
+    }
+}
+
+// The section of the playlists puts the field away, and the other one has it again.
+bool SidebarToolbar::isSearchWanted() const {
+    return search_->isActive();
+}
+
+int SidebarToolbar::wantedHeight() const {
+    const bool hasField = section_ == SidebarSection::folders && isSearchWanted();
+    return buttonsHeight + (hasField ? fieldRoom : 0);
 }
 
 void SidebarToolbar::setSearchVisible(bool isVisible) {
     if (query_ == nullptr) {
         makeSearchField();
     }
-    query_->setVisible(isVisible);
     search_->setActive(isVisible);
+    refresh();
     layOut();
+    if (onHeightChanged) {
+        onHeightChanged();
+    }
     if (isVisible) {
         query_->setFocus(Qt::OtherFocusReason);
         return;
@@ -86,6 +137,20 @@ void SidebarToolbar::setSearchVisible(bool isVisible) {
 }
 
 void SidebarToolbar::refresh() {
+    const bool isFolders = section_ == SidebarSection::folders;
+    folders_->setActive(isFolders);
+    playlists_->setActive(!isFolders);
+    for (IconButton* button : {search_, filter_, add_}) {
+        button->setVisible(isFolders);
+    }
+    for (IconButton* button : {import_, create_}) {
+        if (button != nullptr) {
+            button->setVisible(!isFolders);
+        }
+    }
+    if (query_ != nullptr) {
+        query_->setVisible(isFolders && isSearchWanted());
+    }
     const bool hasFolders = !state_.rootFolders->empty();
     const bool isFiltering = *state_.showMarkedFoldersOnly;
     search_->setEnabled(hasFolders);
@@ -96,27 +161,27 @@ void SidebarToolbar::refresh() {
 }
 
 void SidebarToolbar::layOut() {
-    const int buttonWidth = search_->sizeHint().width();
-    const int buttonHeight = search_->sizeHint().height();
-    const int top = (height() - buttonHeight) / 2;
-    const int end = width() - horizontalInset + 6;
-    const auto place = [&](QWidget* widget, int left, int wide) {
-        widget->setGeometry(
-            QStyle::visualRect(layoutDirection(), rect(), QRect(left, top, wide, buttonHeight)));
+    const QSize button = search_->sizeHint();
+    const int top = (buttonsHeight - button.height()) / 2;
+    const auto place = [&](QWidget* widget, const QRect& where) {
+        if (widget != nullptr) {
+            widget->setGeometry(QStyle::visualRect(layoutDirection(), rect(), where));
+        }
     };
     // Glyphs, and not their hit areas, stand in line with what is below.
     const int start = horizontalInset - 6;
-    const int addLeft = end - buttonWidth;
-    const int filterLeft = start + buttonWidth + spacing;
-    place(search_, start, buttonWidth);
-    place(filter_, filterLeft, buttonWidth);
-    place(add_, addLeft, buttonWidth);
-    if (query_ != nullptr) {
-        const int fieldLeft = filterLeft + buttonWidth + 2 * spacing;
-        query_->setGeometry(QStyle::visualRect(
-            layoutDirection(), rect(),
-            QRect(fieldLeft, top + 2, addLeft - 2 * spacing - fieldLeft, buttonHeight - 4)));
-    }
+    const int end = width() - horizontalInset + 6;
+    const int step = button.width() + spacing;
+    const int second = start + 2 * step + groupSpacing;
+    const int last = end - button.width();
+    place(folders_, {QPoint(start, top), button});
+    place(playlists_, {QPoint(start + step, top), button});
+    place(search_, {QPoint(second, top), button});
+    place(filter_, {QPoint(second + step, top), button});
+    place(import_, {QPoint(last - step, top), button});
+    place(create_, {QPoint(last, top), button});
+    place(add_, {QPoint(last, top), button});
+    place(query_, {horizontalInset, buttonsHeight - 2, width() - 2 * horizontalInset, fieldHeight});
 }
 
 void SidebarToolbar::resizeEvent(QResizeEvent*) {

@@ -1,51 +1,85 @@
 #include "ui/sidebar/SidebarView.h"
 
-#include <QFile>
-#include <QFileDialog>
-
 #include "state/AppState.h"
 #include "ui/sidebar/FolderTreeView.h"
 #include "ui/sidebar/NoFoldersHint.h"
-#include "ui/sidebar/SidebarToolbar.h"
-#include "ui/theme/HalvenorTheme.h"
+#include "ui/sidebar/PlaylistListView.h"
 
 namespace halvenor {
 
 SidebarView::SidebarView(AppState& state, QWidget* parent)
     : QWidget(parent),
       state_(state),
+      playlistActions_(state, *this),
       toolbar_(new SidebarToolbar(state, this)),
       tree_(new FolderTreeView(state, this)),
       hint_(new NoFoldersHint(this)) {
-    toolbar_->onAddFolder = [this] { openFolderPicker(); };
-    connect(hint_, &QAbstractButton::clicked, this, [this] { openFolderPicker(); });
-    subscription_ = state_.rootFolders.subscribe([this](const auto&) { refresh(); });
+    toolbar_->onSectionChosen = [this](SidebarSection section) { showSection(section); };
+    toolbar_->onCreatePlaylist = [this] { playlistActions_.create(); };
+    toolbar_->onImportPlaylist = [this] { playlistActions_.importM3u(); };
+    toolbar_->onHeightChanged = [this] { layOut(); };
+    playlistActions_.onMade = [this](const QUuid& id) {
+        if (playlists_ != nullptr) {
+            playlists_->showRow(id);
+        }
+    };
+    connect(hint_, &QAbstractButton::clicked, this, [this] { state_.openFolderPicker(); });
+    subscriptions_.push_back(state_.rootFolders.subscribe([this](const auto&) { refresh(); }));
+    subscriptions_.push_back(state_.folderScrollRequest.subscribe([this](const auto& request) {
+        if (request) {
+            showSection(SidebarSection::folders);
+        }
+    }));
     refresh();
 }
 
-void SidebarView::refresh() {
-    const bool isEmpty = state_.rootFolders->empty();
-    hint_->setVisible(isEmpty);
-    tree_->setVisible(!isEmpty);
+void SidebarView::makePlaylists() {
+    playlists_ = new PlaylistListView(state_, playlistActions_, this);
+    setTabOrder(tree_, playlists_);
+    layOut();
 }
 
-void SidebarView::resizeEvent(QResizeEvent*) {
-    constexpr auto top = static_cast<int>(HalvenorTheme::explorerToolbarHeight);
+void SidebarView::showSection(SidebarSection section) {
+    if (section == section_) {
+        return;
+    }
+    section_ = section;
+    if (section == SidebarSection::playlists && playlists_ == nullptr) {
+        makePlaylists();
+    }
+    QWidget* shown = section == SidebarSection::playlists ? static_cast<QWidget*>(playlists_)
+                                                          : static_cast<QWidget*>(tree_);
+    const QWidget* focused = window()->focusWidget();
+    toolbar_->showSection(section);
+    refresh();
+    if (isAncestorOf(focused) && !focused->isVisible()) {
+        shown->setFocus(Qt::OtherFocusReason);
+    }
+}
+
+void SidebarView::refresh() {
+    const bool isFolders = section_ == SidebarSection::folders;
+    const bool isEmpty = state_.rootFolders->empty();
+    hint_->setVisible(isFolders && isEmpty);
+    tree_->setVisible(isFolders && !isEmpty);
+    if (playlists_ != nullptr) {
+        playlists_->setVisible(!isFolders);
+    }
+}
+
+void SidebarView::layOut() {
+    const int top = toolbar_->wantedHeight();
     toolbar_->setGeometry(0, 0, width(), top);
     const QRect rest(0, top, width(), height() - top);
     tree_->setGeometry(rest);
     hint_->setGeometry(rest);
+    if (playlists_ != nullptr) {
+        playlists_->setGeometry(rest);
+    }
 }
 
-void SidebarView::openFolderPicker() {
-    auto* picker = new QFileDialog(window(), QStringLiteral("Add Folder"));
-    picker->setAttribute(Qt::WA_DeleteOnClose);
-    picker->setFileMode(QFileDialog::Directory);
-    picker->setOption(QFileDialog::ShowDirsOnly);
-    connect(picker, &QFileDialog::fileSelected, this, [this](const QString& chosen) {
-        state_.openDirectory(FileUrl(QFile::encodeName(chosen)));
-    });
-    picker->open();
+void SidebarView::resizeEvent(QResizeEvent*) {
+    layOut();
 }
 
 }  // namespace halvenor

@@ -33,6 +33,21 @@ void drawPlate(QPainter& painter, const QRectF& rect, double radius, const QColo
     painter.restore();
 }
 
+void drawSubmenuArrow(QPainter& painter, const QStyleOptionMenuItem& item, const QColor& ink) {
+    const int side = item.direction == Qt::RightToLeft ? -1 : 1;
+    const QRect place(item.rect.right() - menuSidePadding - 5, item.rect.top(), 10,
+                      item.rect.height());
+    const QPointF centre = QRectF(QStyle::visualRect(item.direction, item.rect, place)).center();
+    const QPointF points[] = {centre + QPointF(-1.75 * side, -3.5),
+                              centre + QPointF(1.75 * side, 0),
+                              centre + QPointF(-1.75 * side, 3.5)};
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(ink, 1.5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.drawPolyline(points, 3);
+    painter.restore();
+}
+
 void drawMenuItem(QPainter& painter, const QStyleOptionMenuItem& item) {
     const QRect rect = item.rect;
     if (item.menuItemType == QStyleOptionMenuItem::Separator) {
@@ -71,6 +86,9 @@ void drawMenuItem(QPainter& painter, const QStyleOptionMenuItem& item) {
                      Qt::AlignVCenter | Qt::TextSingleLine | Qt::TextHideMnemonic |
                          (isMirrored ? Qt::AlignRight : Qt::AlignLeft),
                      item.text.section(QLatin1Char('\t'), 0, 0));
+    if (item.menuItemType == QStyleOptionMenuItem::SubMenu) {
+        drawSubmenuArrow(painter, item, ink);
+    }
 }
 
 void drawScrollBar(QPainter& painter, const QStyleOptionSlider& bar, QRect handle,
@@ -131,8 +149,7 @@ void ApplicationStyle::drawPrimitive(PrimitiveElement element, const QStyleOptio
 void ApplicationStyle::drawControl(ControlElement element, const QStyleOption* option,
                                    QPainter* painter, const QWidget* widget) const {
     const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
-    if (element == CE_MenuItem && item != nullptr &&
-        item->menuItemType != QStyleOptionMenuItem::SubMenu) {
+    if (element == CE_MenuItem && item != nullptr) {
         drawMenuItem(*painter, *item);
         return;
     }
@@ -200,7 +217,8 @@ QSize ApplicationStyle::sizeFromContents(ContentsType type, const QStyleOption* 
     const int textWidth =
         QFontMetrics(item->font).horizontalAdvance(item->text.section(QLatin1Char('\t'), 0, 0));
     const int icon = item->maxIconWidth > 0 ? menuIconColumn : 0;
-    return {std::max(textWidth + icon + 2 * menuSidePadding + 12, 140), menuRowHeight};
+    const int arrow = item->menuItemType == QStyleOptionMenuItem::SubMenu ? 16 : 0;
+    return {std::max(textWidth + icon + arrow + 2 * menuSidePadding + 12, 140), menuRowHeight};
 }
 
 int ApplicationStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,

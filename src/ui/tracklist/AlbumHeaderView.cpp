@@ -51,6 +51,7 @@ AlbumHeaderView::AlbumHeaderView(AppState& state, QWidget* parent)
     const auto mark = [this](const auto&) { refreshMark(); };
     const auto progress = [this](const auto&) { refreshProgress(); };
     subscriptions_.push_back(state_.selectedFolder.subscribe(soon));
+    subscriptions_.push_back(state_.openPlaylist.subscribe(soon));
     subscriptions_.push_back(state_.selectedFolder.subscribe(mark));
     subscriptions_.push_back(state_.markedFolderIDs.subscribe(mark));
     subscriptions_.push_back(state_.selectedFolder.subscribe(progress));
@@ -71,6 +72,9 @@ void AlbumHeaderView::refresh() {
     const auto& folder = *state_.selectedFolder;
     AlbumSummary summary = summarizeAlbum(
         *state_.playbackQueue, folder ? std::optional(folder->displayName()) : std::nullopt);
+    if (const auto& playlist = *state_.openPlaylist) {
+        summary.title = playlist->name;
+    }
     if (summary == summary_) {
         return;
     }

@@ -30,11 +30,13 @@ TrackListPane::TrackListPane(AppState& state, QWidget* parent)
     subscriptions_.push_back(state_.selectedFolder.subscribe(emptiness));
     subscriptions_.push_back(state_.loadingFolderIDs.subscribe(emptiness));
     subscriptions_.push_back(state_.rootFolders.subscribe(emptiness));
+    subscriptions_.push_back(state_.openPlaylist.subscribe(emptiness));
+    subscriptions_.push_back(state_.isScanning.subscribe(emptiness));
     showQueue();
 }
 
 void TrackListPane::showQueue() {
-    if (list_->showTracks(*state_.playbackQueue)) {
+    if (list_->showTracks(*state_.playbackQueue, source())) {
         header_->refresh();
     } else {
         header_->refreshSoon();
@@ -42,9 +44,18 @@ void TrackListPane::showQueue() {
     refreshEmptiness();
 }
 
+QByteArray TrackListPane::source() const {
+    if (const auto& playlist = *state_.openPlaylist) {
+        return playlist->id.toByteArray();
+    }
+    const auto& folder = *state_.selectedFolder;
+    return folder ? folder->id() : QByteArray();
+}
+
 bool TrackListPane::isLoading() const {
     const auto& folder = *state_.selectedFolder;
-    return state_.playbackQueue->isEmpty() && folder && state_.isFolderLoading(*folder);
+    const bool isReading = folder ? state_.isFolderLoading(*folder) : *state_.isScanning;
+    return state_.playbackQueue->isEmpty() && isReading;
 }
 
 void TrackListPane::refreshEmptiness() {
@@ -65,7 +76,13 @@ void TrackListPane::refreshEmptiness() {
 }
 
 QString TrackListPane::emptyText() const {
-    if (isLoading() || state_.rootFolders->empty()) {
+    if (isLoading()) {
+        return {};
+    }
+    if (*state_.openPlaylist) {
+        return QStringLiteral("No tracks in this playlist");
+    }
+    if (state_.rootFolders->empty()) {
         return {};
     }
     return *state_.selectedFolder ? QStringLiteral("No tracks in this folder")

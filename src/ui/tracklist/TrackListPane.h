@@ -28,6 +28,7 @@ class TrackListPane : public QWidget {
   private:
     void showQueue();
     void refreshEmptiness();
+    QByteArray source() const;
     bool isLoading() const;
     QString emptyText() const;
 

@@ -5,17 +5,19 @@
 #include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
-#include <QStyle>
+#include <QToolTip>
 
 #include <algorithm>
+#include <utility>
 
-#include "platform/desktop/FileManager.h"
 #include "state/AppState.h"
 #include "ui/controls/ElidedText.h"
 #include "ui/controls/FocusRing.h"
 #include "ui/controls/PlayingSign.h"
+#include "ui/symbols/Symbols.h"
 #include "ui/theme/HalvenorTheme.h"
 #include "ui/tracklist/AlbumSummary.h"
+#include "ui/tracklist/TrackMenu.h"
 
 namespace halvenor {
 
@@ -23,40 +25,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr int padding = 25;
 constexpr auto repaintInterval = 33ms;
-
-// The columns of a row: number, title over artist, format, duration.
-struct TrackRowParts {
-    TrackRowParts(const QRect& row, Qt::LayoutDirection direction) {
-        constexpr int inset = 8;
-        constexpr int orderWidth = 25;
-        constexpr int formatWidth = 92;
-        constexpr int durationWidth = 48;
-        constexpr int gap = 14;
-        const QRect inner = row.adjusted(padding, 0, -padding, 0);
-        const int end = inner.right() + 1 - inset - 4;
-        const auto place = [&](int left, int width, int top, int height) {
-            return QRectF(
-                QStyle::visualRect(direction, row, QRect(left, row.top() + top, width, height)));
-        };
-        const int textLeft = inner.left() + inset + orderWidth + gap;
-        const int formatLeft = end - durationWidth - gap - formatWidth;
-        plate = QRectF(inner).adjusted(0, 1, 0, -1);
-        order = place(inner.left() + inset, orderWidth, 0, row.height());
-        title = place(textLeft, formatLeft - gap - textLeft, 4, 19);
-        artist = place(textLeft, formatLeft - gap - textLeft, 22, 17);
-        format = place(formatLeft, formatWidth, 0, row.height());
-        duration = place(end - durationWidth, durationWidth, 0, row.height());
-    }
-
-    QRectF plate;
-    QRectF order;
-    QRectF title;
-    QRectF artist;
-    QRectF format;
-    QRectF duration;
-};
 
 QColor surface() {
     return HalvenorTheme::pane(HalvenorTheme::windowTracklistSurface());
@@ -65,10 +34,11 @@ QColor surface() {
 }  // namespace
 
 TrackListView::TrackListView(AppState& state, QWidget* parent)
-    : PaddedListView(rowHeight, 0, padding, &surface, parent),
+    : PaddedListView(TrackRowParts::rowHeight, 0, TrackRowParts::padding, &surface, parent),
       state_(state),
       model_(new TrackListModel(this)) {
     setAccessibleName(QStringLiteral("Tracks"));
+    model_->isFavorite = [this](const Track& track) { return state_.isFavorite(track); };
     setModel(model_);
     repaintTimer_.setSingleShot(true);
     repaintTimer_.setInterval(repaintInterval);
@@ -77,17 +47,31 @@ TrackListView::TrackListView(AppState& state, QWidget* parent)
     subscriptions_.push_back(state_.selectedTrackIDs.subscribe(look));
     subscriptions_.push_back(state_.audioEngine().currentTrack.subscribe(look));
     subscriptions_.push_back(state_.audioEngine().isPlaying.subscribe(look));
+    subscriptions_.push_back(
+        state_.favoriteTrackPaths.subscribe([this](const auto&) { updateHearts(); }));
 }
 
-bool TrackListView::showTracks(const TrackList& tracks) {
-    if (model_->setTracks(tracks)) {
+bool TrackListView::showTracks(const TrackList& tracks, const QByteArray& source) {
+    using Change = TrackListModel::Change;
+    Change change = Change::list;
+    if (source == source_) {
+        change = model_->setTracks(tracks);
+    } else {
+        source_ = source;
+        model_->resetTracks(tracks);
+    }
+    if (change == Change::records) {
+        if (!repaintTimer_.isActive()) {
+            repaintTimer_.start();
+        }
+        return false;
+    }
+    paintedHearts_.clear();
+    if (change == Change::list) {
         verticalScrollBar()->setValue(0);
-        return true;
     }
-    if (!repaintTimer_.isActive()) {
-        repaintTimer_.start();
-    }
-    return false;
+    viewport()->update();
+    return change == Change::list;
 }
 
 bool TrackListView::isSelected(const Track& track) const {
@@ -112,7 +96,64 @@ void TrackListView::selectOnly(int row) {
     state_.selectedTrackIDs = QSet<QByteArray>{model_->tracks()[row].id()};
 }
 
-void TrackListView::rowPressed(int row, const QPoint&, Qt::KeyboardModifiers modifiers) {
+TrackRowParts TrackListView::partsOf(int row) const {
+    return {visualRect(model_->index(row)), layoutDirection()};
+}
+
+bool TrackListView::isOnHeart(int row, const QPoint& place) const {
+    return row >= 0 && partsOf(row).heart.contains(place);
+}
+
+void TrackListView::updateHeart(int row) {
+    if (row >= 0 && row < model_->rowCount()) {
+        viewport()->update(partsOf(row).heart.toAlignedRect());
+    }
+}
+
+bool TrackListView::viewportEvent(QEvent* event) {
+    if (event->type() == QEvent::ToolTip && hotHeart_ >= 0) {
+        const auto& help = static_cast<const QHelpEvent&>(*event);
+        QToolTip::showText(help.globalPos(),
+                           favoriteActionLabel(state_.isFavorite(model_->tracks()[hotHeart_])),
+                           viewport(), partsOf(hotHeart_).heart.toAlignedRect());
+        return true;
+    }
+    return PaddedListView::viewportEvent(event);
+}
+
+// What the favourites were is gone; what is on the screen is known. Rows that don't show cost
+// nothing.
+void TrackListView::updateHearts() {
+    if (model_->rowCount() == 0 || isHidden()) {
+        return;
+    }
+    const int first = std::max(0, indexAt(QPoint(0, 0)).row());
+    QHash<int, bool> stillShown;
+    for (int row = first; row < model_->rowCount(); ++row) {
+        if (partsOf(row).plate.top() >= viewport()->height()) {
+            break;
+        }
+        const auto painted = paintedHearts_.constFind(row);
+        if (painted != paintedHearts_.constEnd()) {
+            stillShown.insert(row, *painted);
+            if (*painted != state_.isFavorite(model_->tracks()[row])) {
+                updateHeart(row);
+            }
+        }
+    }
+    paintedHearts_ = stillShown;
+}
+
+void TrackListView::pointerMoved(int row, const QPoint& place) {
+    const int hot = isOnHeart(row, place) ? row : -1;
+    if (hot != hotHeart_) {
+        updateHeart(std::exchange(hotHeart_, hot));
+        updateHeart(hotHeart_);
+    }
+}
+
+void TrackListView::rowPressed(int row, const QPoint& place, Qt::KeyboardModifiers modifiers) {
+    pressHeart(isOnHeart(row, place) ? row : -1);
     if ((modifiers & Qt::ControlModifier) == 0) {
         selectOnly(row);
         return;
@@ -126,7 +167,28 @@ void TrackListView::rowPressed(int row, const QPoint&, Qt::KeyboardModifiers mod
     });
 }
 
-void TrackListView::rowDoubleClicked(int row, const QPoint&, Qt::KeyboardModifiers) {
+void TrackListView::pressHeart(int row) {
+    updateHeart(std::exchange(pressedHeart_, row));
+    updateHeart(pressedHeart_);
+}
+
+void TrackListView::rowClicked(int row, const QPoint& place, Qt::KeyboardModifiers) {
+    if (row == pressedHeart_ && isOnHeart(row, place)) {
+        const Track track = model_->tracks()[row];
+        state_.toggleFavorite(track);
+    }
+}
+
+void TrackListView::mouseReleaseEvent(QMouseEvent* event) {
+    PaddedListView::mouseReleaseEvent(event);
+    pressHeart(-1);
+}
+
+void TrackListView::rowDoubleClicked(int row, const QPoint& place, Qt::KeyboardModifiers) {
+    if (isOnHeart(row, place)) {
+        pressHeart(row);  // Two quick clicks on the heart are two clicks.
+        return;
+    }
     const Track track = model_->tracks()[row];
     state_.play(track);
 }
@@ -144,7 +206,7 @@ void TrackListView::moveSelection(int by) {
 }
 
 void TrackListView::keyPressEvent(QKeyEvent* event) {
-    const int page = std::max(1, viewport()->height() / rowHeight - 1);
+    const int page = std::max(1, viewport()->height() / TrackRowParts::rowHeight - 1);
     switch (event->key()) {
         case Qt::Key_Up:
             moveSelection(-1);
@@ -171,9 +233,25 @@ void TrackListView::keyPressEvent(QKeyEvent* event) {
                 state_.play(track);
             }
             break;
+        case Qt::Key_Delete:
+            if (state_.openPlaylist->has_value()) {
+                removeFromOpenPlaylist(state_, selectedTracks());
+            }
+            break;
         default:
             event->ignore();
     }
+}
+
+// In the order of the list.
+QList<Track> TrackListView::selectedTracks() const {
+    QList<Track> chosen;
+    for (const Track& track : model_->tracks()) {
+        if (isSelected(track)) {
+            chosen.append(track);
+        }
+    }
+    return chosen;
 }
 
 void TrackListView::contextMenuEvent(QContextMenuEvent* event) {
@@ -182,10 +260,13 @@ void TrackListView::contextMenuEvent(QContextMenuEvent* event) {
     if (row < 0) {
         return;
     }
-    const FileUrl url = model_->tracks()[row].url();
+    const Track clicked = model_->tracks()[row];
+    if (!isSelected(clicked)) {
+        selectOnly(row);  // It shows what the menu is about.
+    }
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->addAction(QStringLiteral("Show in Finder"), this, [url] { revealInFileManager(url); });
+    fillTrackMenu(*menu, state_, clicked, selectedTracks());
     menu->popup(isByKey ? viewport()->mapToGlobal(visualRect(model_->index(row)).center())
                         : event->globalPos());
 }
@@ -224,6 +305,20 @@ void TrackListView::paintRow(QPainter& painter, const QRect& rect, int row) cons
                trackFormatDescription(track), Qt::AlignRight);
     drawElided(painter, parts.duration, HalvenorTheme::font(11), HalvenorTheme::secondaryText(),
                track.formattedDuration(), Qt::AlignRight);
+    paintHeart(painter, parts.heart, row);
+}
+
+void TrackListView::paintHeart(QPainter& painter, const QRectF& place, int row) const {
+    const bool isFavorite = state_.isFavorite(model_->tracks()[row]);
+    paintedHearts_.insert(row, isFavorite);
+    QColor ink = isFavorite ? HalvenorTheme::accent() : HalvenorTheme::inactiveText();
+    if (hotHeart_ == row) {
+        ink = isFavorite ? ink.lighter(115) : HalvenorTheme::hoverTint();
+    }
+    painter.setOpacity(pressedHeart_ == row ? 0.6 : 1);
+    Symbols::draw(painter, isFavorite ? QStringLiteral("heart.fill") : QStringLiteral("heart"), 11,
+                  place.center(), ink);
+    painter.setOpacity(1);
 }
 
 }  // namespace halvenor

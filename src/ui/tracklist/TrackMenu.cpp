@@ -1,0 +1,56 @@
+#include "ui/tracklist/TrackMenu.h"
+
+#include <QMenu>
+
+#include <algorithm>
+
+#include "platform/desktop/FileManager.h"
+#include "state/AppState.h"
+#include "ui/controls/PlaylistMenu.h"
+
+namespace halvenor {
+
+namespace {
+
+// One label for all: they become favourites unless every one is.
+void addFavoritesEntry(QMenu& menu, AppState& state, const QList<Track>& chosen) {
+    const bool areFavorites =
+        std::ranges::all_of(chosen, [&](const Track& track) { return state.isFavorite(track); });
+    menu.addAction(favoriteActionLabel(areFavorites), [&state, chosen, areFavorites] {
+        for (const Track& track : chosen) {
+            if (state.isFavorite(track) == areFavorites) {
+                state.toggleFavorite(track);
+            }
+        }
+    });
+}
+
+}  // namespace
+
+QString favoriteActionLabel(bool isFavorite) {
+    return isFavorite ? QStringLiteral("Remove from Favorites")
+                      : QStringLiteral("Add to Favorites");
+}
+
+void fillTrackMenu(QMenu& menu, AppState& state, const Track& clicked, const QList<Track>& chosen) {
+    addFavoritesEntry(menu, state, chosen);
+    addPlaylistMenu(menu, state,
+                    [&state, chosen](const QUuid& id) { state.addToPlaylist(chosen, id); });
+    if (state.openPlaylist->has_value()) {
+        menu.addAction(QStringLiteral("Remove from Playlist"),
+                       [&state, chosen] { removeFromOpenPlaylist(state, chosen); });
+    }
+    menu.addSeparator();
+    menu.addAction(QStringLiteral("Show in Finder"),
+                   [url = clicked.url()] { revealInFileManager(url); });
+}
+
+void removeFromOpenPlaylist(AppState& state, const QList<Track>& tracks) {
+    if (const auto playlist = *state.openPlaylist) {
+        for (const Track& track : tracks) {
+            state.playlistManager().removeTrack(track, playlist->id);
+        }
+    }
+}
+
+}  // namespace halvenor
