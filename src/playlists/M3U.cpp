@@ -17,8 +17,14 @@ bool isNewline(QChar c) {
 }
 
 bool holdsNewline(const QByteArray& path) {
-    return std::ranges::any_of(
-        newlines, [&](char16_t c) { return path.contains(QString(QChar(c)).toUtf8()); });
+    static const std::array sequences = [] {
+        std::array<QByteArray, newlines.size()> made;
+        std::ranges::transform(newlines, made.begin(),
+                               [](char16_t c) { return QString(QChar(c)).toUtf8(); });
+        return made;
+    }();
+    return std::ranges::any_of(sequences,
+                               [&](const QByteArray& sequence) { return path.contains(sequence); });
 }
 
 }  // namespace

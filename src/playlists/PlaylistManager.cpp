@@ -124,7 +124,7 @@ void PlaylistManager::publish(Playlists changed) {
 }
 
 Playlist PlaylistManager::append(const QString& name, const QList<FileUrl>& urls) {
-    const Playlist made{QUuid::createUuid(), name, urls};
+    Playlist made{QUuid::createUuid(), name, urls};
     publish(*playlists + Playlists{made});
     return made;
 }

@@ -3,6 +3,9 @@
 #include <QPointer>
 
 #include <algorithm>
+#include <iterator>
+#include <optional>
+#include <utility>
 
 #include "base/MoveTable.h"
 #include "state/AppState.h"
@@ -53,7 +56,7 @@ void AppState::subscribeToPlaylists() {
 }
 
 void AppState::showPlaylist(const Playlist& playlist) {
-    const Playlist shown = playlist;  // It may be part of what changes here.
+    const std::optional shown = playlist;  // A copy: it may be part of what changes here.
     metadataLoadTask_.cancel();
     metadataLoadingFolderID = std::nullopt;
     openPlaylist = shown;
@@ -61,11 +64,12 @@ void AppState::showPlaylist(const Playlist& playlist) {
     isScanning = true;
     playbackQueue = TrackList();
     selectedTrackIDs = QSet<QByteArray>();
-    startPlaylistLoad(shown);
+    startPlaylistLoad(*shown);
 }
 
 void AppState::startPlaylistLoad(const Playlist& wanted) {
-    playlistLoadTask_.start([&](std::stop_token token) { return playlistLoad(wanted, token); });
+    playlistLoadTask_.start(
+        [&](std::stop_token token) { return playlistLoad(wanted, std::move(token)); });
 }
 
 Task<> AppState::playlistLoad(Playlist wanted, std::stop_token token) {
