@@ -126,7 +126,7 @@ class TwoFolders : public testing::Test {
     /// Enough for a search that outlasts a track of a tenth of a second several times.
     static constexpr int slow = 4'000;
 
-    TemporaryFolder music_;
+    TemporaryFolder music_{"/dev/shm"};
     SoundServer server_{cd};
     SoundRecorder recorder_{server_};
     Signal first_;

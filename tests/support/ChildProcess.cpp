@@ -78,6 +78,11 @@ bool ChildProcess::isRunning() {
     return id_ > 0;
 }
 
+// An id of -1 would mean every process there is.
+bool ChildProcess::send(int signal) {
+    return id_ > 0 && ::kill(id_, signal) == 0;
+}
+
 void ChildProcess::kill() {
     if (isRunning()) {
         ::kill(id_, SIGKILL);

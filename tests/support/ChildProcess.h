@@ -33,6 +33,9 @@ class ChildProcess {
 
     pid_t id() const { return id_; }
     bool isRunning();
+    /// Sends it a signal. Never to anything else: nothing is sent once it is known to have ended.
+    /// @return whether it was sent
+    bool send(int signal);
     /// Ends it as a crash would, and waits for that.
     void kill();
     /// Waits for its own end. @return the exit status; -1 when a signal ended it

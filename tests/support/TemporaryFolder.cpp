@@ -26,8 +26,8 @@ void require(bool isDone, const QByteArray& path) {
 
 }  // namespace
 
-TemporaryFolder::TemporaryFolder() {
-    QByteArray path = "/tmp/halvenor-test-XXXXXX";
+TemporaryFolder::TemporaryFolder(const QByteArray& parent) {
+    QByteArray path = parent + "/halvenor-test-XXXXXX";
     require(::mkdtemp(path.data()) != nullptr, path);
     folder_ = FileUrl(path);
 }

@@ -9,7 +9,9 @@ namespace halvenor::test {
 /// A folder that a test fills, gone at its end. Names are bytes, exactly as given.
 class TemporaryFolder {
   public:
-    TemporaryFolder();
+    /// @param parent the folder it is made in; "/dev/shm" for one in memory, where thousands of
+    /// entries are made and removed in no time
+    explicit TemporaryFolder(const QByteArray& parent = "/tmp");
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
     ~TemporaryFolder();

@@ -64,7 +64,7 @@ TEST_P(TerminationSignalsTest, tellOnceFromTheEventLoopWhateverThreadIsInterrupt
 TEST_P(TerminationSignalsTest, childrenEndByThem) {
     const TerminationSignals signals([&] { ++requests_; });
     ChildProcess child({.command = {"sleep", "100"}});
-    ASSERT_EQ(::kill(child.id(), GetParam()), 0);
+    ASSERT_TRUE(child.send(GetParam()));
     EXPECT_EQ(child.waitFor(10s), -1);
 }
 
