@@ -65,8 +65,10 @@ std::optional<QByteArray> fingerprint(const FileUrl& url) {
         return std::nullopt;
     }
     const auto offsets = blockOffsets(status.st_size);
-    // The blocks are far apart: what the system would read ahead of each is never asked for.
-    ::posix_fadvise(file.get(), 0, 0, POSIX_FADV_RANDOM);
+    // All blocks at once: a disk takes half the time that it would for one after the other.
+    for (const int64_t offset : offsets) {
+        ::posix_fadvise(file.get(), offset, blockSize, POSIX_FADV_WILLNEED);
+    }
     QByteArray content;
     content.reserve(static_cast<qsizetype>(offsets.size()) * blockSize);
     int64_t last = -1;
