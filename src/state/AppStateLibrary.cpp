@@ -85,6 +85,8 @@ void AppState::registerLibraryFolder(const FileUrl& url, Persist persist, Select
     expandedFolderIDs.mutate([&](auto& ids) { ids.insert(item.id()); });
     if (persist == Persist::yes) {
         persistLibraryBookmarks();
+        // New, and not come back: the check must not list it a second time.
+        availableLocationPaths.mutate([&](auto& paths) { paths.insert(item.id()); });
         checkRelocations();
     }
     if (select == Select::yes) {
