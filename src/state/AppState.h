@@ -335,6 +335,9 @@ class AppState : public QObject {
     TaskSlot folderNavigationTask_;
     TaskSlot folderSearchTask_;
     TaskSlot playbackRestoreTask_;
+    /// The list of the track that was restored is not known yet, so neither is what follows it:
+    /// what was declared now would have to be taken back, which is heard if the user plays already.
+    bool isListRestoring_ = false;
     TaskSlot nextFolderPreparationTask_;
     TaskSlot playlistLoadTask_;
     std::optional<PreparedFolderTransition> preparedNextFolderTransition_;

@@ -105,6 +105,7 @@ void AppState::loadAndPlay(const Track& track) {
             QStringLiteral("File not found: ") + displayText(track.url().lastPathComponent());
         return;
     }
+    isListRestoring_ = false;
     addToPlaybackHistory(*audioEngine_.currentTrack);
     audioEngine_.load(track, 0, true);
     refreshGaplessQueue();
@@ -230,7 +231,7 @@ void AppState::addToPlaybackHistory(const std::optional<Track>& track) {
 }
 
 void AppState::refreshGaplessQueue() {
-    if (*audioEngine_.currentTrack) {
+    if (*audioEngine_.currentTrack && !isListRestoring_) {
         audioEngine_.setNextTrack(gaplessNextTrack());
     }
 }

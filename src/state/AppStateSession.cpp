@@ -74,12 +74,16 @@ Task<> AppState::playbackRestore(FileUrl url, double position, std::stop_token t
         currentIndex = 0;
         co_return;
     }
+    isListRestoring_ = true;
     auto walk = navigateToFolder(folder, *root, token);
     co_await walk;
-    if (token.stop_requested() || !self || !isCurrent(url)) {
+    if (token.stop_requested() || !self) {
         co_return;
     }
-    resumeListOf(url);
+    isListRestoring_ = false;
+    if (isCurrent(url)) {
+        resumeListOf(url);
+    }
 }
 
 bool AppState::isCurrent(const FileUrl& url) const {

@@ -238,7 +238,7 @@ TEST_F(RelocationTest, oneLocationOnAnothersPathIsHeldOnce) {
     addLocation("m");
     addLocation("n");
     check();
-    std::filesystem::remove(folder("n").path().toStdString());
+    moveItem("n", ".Trash-1/files/n");
     moveItem("m", "n");
     check();
     EXPECT_EQ(*state().libraryFolders, std::vector<FileUrl>{folder("n")});

@@ -13,7 +13,11 @@ RenderStream::RenderStream(AudioFormat format, float gain, std::shared_ptr<WakeS
       ring_(std::make_unique_for_overwrite<float[]>(capacity_ * format.channels)),
       refill_(std::move(refill)),
       gain_(gain),
-      curve_(gain, int64_t{format.sampleRate} * rampMilliseconds / 1000) {}
+      curve_(gain, rampFrames()) {}
+
+int64_t RenderStream::rampFrames() const {
+    return int64_t{format_.sampleRate} * rampMilliseconds / 1000;
+}
 
 int64_t RenderStream::copyOut(float* samples, int64_t frames) {
     const int64_t read = read_.load(std::memory_order_relaxed);
@@ -27,7 +31,13 @@ int64_t RenderStream::copyOut(float* samples, int64_t frames) {
     std::memcpy(samples, ring_.get() + at * channels, beforeWrap * channels * sizeof(float));
     std::memcpy(samples + beforeWrap * channels, ring_.get(),
                 (count - beforeWrap) * channels * sizeof(float));
-    curve_.apply(samples, read, count, channels, gain_.load(std::memory_order_relaxed));
+    const float gain = gain_.load(std::memory_order_relaxed);
+    if (read == 0) {
+        // Nothing comes before, so there is nothing to move away from: a track that was loaded
+        // before the sound was muted begins muted.
+        curve_ = GainCurve(gain, rampFrames());
+    }
+    curve_.apply(samples, read, count, channels, gain);
     read_.store(read + count, std::memory_order_release);
     if (read + count > highWater_.load(std::memory_order_relaxed)) {
         highWater_.store(read + count, std::memory_order_release);

@@ -57,6 +57,7 @@ class RenderStream : public RenderSource {
 
   private:
     int64_t copyOut(float* samples, int64_t frames);
+    int64_t rampFrames() const;
 
     const AudioFormat format_;
     const int64_t ahead_;

@@ -81,7 +81,7 @@ TEST(SystemOutput, SaysSoWhenThereIsNoServer) {
         EXPECT_EQ(error.kind(), ErrorKind::unavailable);
         EXPECT_EQ(error.text(), QStringLiteral("No sound server is running."));
     }
-    EXPECT_LT(timer.elapsed(), 500);
+    EXPECT_LT(timer.elapsed(), 5000) << "it waits for nobody";
     EXPECT_FALSE(player.engine.isRunning());
     qunsetenv("PULSE_SERVER");
 

@@ -302,7 +302,9 @@ void PulseOutput::updateCork() {
     } else {
         release(pulse::pa_stream_cork(stream_, 0, nullptr, nullptr));
         askForTiming();
-        prepareForTheEnd();
+        // More may have been decoded since the stream was filled: the end is told by what is there
+        // now, not by what was missing then.
+        fill();
     }
 }
 

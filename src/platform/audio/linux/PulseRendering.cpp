@@ -208,9 +208,11 @@ void PulseOutput::rerenderNow() {
     const Time now = steady_clock::now();
     int64_t from = 0;
     if (framesRead_) {
-        // The device takes its buffer's worth at once, at any moment.
-        from = framesReadAt(now) + deviceFrames_ +
-               rerenderSafetyMilliseconds * format_.sampleRate / 1000;
+        from = framesReadAt(now);
+        if (!isCorked_) {
+            // The device takes its buffer's worth at once, at any moment.
+            from += deviceFrames_ + rerenderSafetyMilliseconds * format_.sampleRate / 1000;
+        }
     } else if (!isCorked_) {
         return;  // Just begun: timingArrived() comes back here.
     }
