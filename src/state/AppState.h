@@ -306,7 +306,7 @@ class AppState : public QObject {
     void relocateTracks(const MoveTable& moves);
     void relocateLibrary(const MoveTable& moves);
     void reloadAfterRelocation(const MoveTable& moves);
-    void noteAvailableLocations(const QSet<QByteArray>& available);
+    void noteAvailableLocations(const QSet<QByteArray>& available, const QSet<QByteArray>& missing);
 
     // Look
     void followAppearance(SystemAppearance appearance);

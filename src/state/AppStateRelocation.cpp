@@ -36,6 +36,7 @@ struct Remembered {
 struct CheckedLibrary {
     RelocationRecords records;
     QSet<QByteArray> available;
+    QSet<QByteArray> missing;
 };
 
 bool isInsideAny(const QByteArray& path, const QList<QByteArray>& roots) {
@@ -102,9 +103,8 @@ CheckedLibrary checkLibrary(const RelocationRecords& records, const Remembered& 
     CheckedLibrary checked;
     checked.records = prepared(records, files, foldersOf(remembered, files), seen, token);
     for (const QByteArray& location : remembered.locations) {
-        if (itemExists(FileUrl(location))) {
-            checked.available.insert(location);
-        }
+        const bool isThere = itemExists(FileUrl(location));
+        (isThere ? checked.available : checked.missing).insert(location);
     }
     return checked;
 }
@@ -159,7 +159,7 @@ Task<> AppState::relocationCheck(std::stop_token token) {
     if (!relocationRequested_) {  // Otherwise it may describe a world that has changed.
         relocationStore_.install(checked.records);
     }
-    noteAvailableLocations(checked.available);
+    noteAvailableLocations(checked.available, checked.missing);
     const QList<QByteArray> now = libraryPaths();
     originalLocationPaths_ = QSet<QByteArray>(now.begin(), now.end());
     relocationTask_.clear();
@@ -176,12 +176,16 @@ void AppState::fileWasReplaced(const FileUrl& file) {
     }
 }
 
-// A volume that has come back is listed again: its root, and the open folder in it.
-void AppState::noteAvailableLocations(const QSet<QByteArray>& available) {
+// A volume that has come back is listed again: its root, and the open folder in it. A Location that
+// was added during the check stays as it is known to be.
+void AppState::noteAvailableLocations(const QSet<QByteArray>& available,
+                                      const QSet<QByteArray>& missing) {
     const QSet<QByteArray> returned = available - *availableLocationPaths;
-    const bool hasChanged = available != *availableLocationPaths;
-    if (hasChanged) {
-        availableLocationPaths = available;
+    const QList<QByteArray> locations = libraryPaths();
+    const QSet<QByteArray> now = ((*availableLocationPaths | available) - missing) &
+                                 QSet<QByteArray>(locations.begin(), locations.end());
+    if (now != *availableLocationPaths) {
+        availableLocationPaths = now;
     }
     const FolderList roots = *rootFolders;
     for (const FolderItem& root : roots) {
