@@ -30,9 +30,9 @@ bool waitFor(const std::function<bool()>& condition) {
 Display::Display() {
     const QTemporaryDir directory;
     const std::string file = directory.filePath(QStringLiteral("number")).toStdString();
-    server_ = ChildProcess(
-        {.command = {"Xvfb", "-displayfd", "1", "-screen", "0", "1280x800x24", "-nolisten", "tcp"},
-         .outputFile = file});
+    server_ = ChildProcess({.command = {"Xvfb", "-displayfd", "1", "-screen", "0", "1280x800x24",
+                                        "-nolisten", "tcp", "-noreset"},
+                            .outputFile = file});
     // The server chooses a free display and writes a whole line once it answers.
     const bool isThere = waitFor([&] {
         std::ifstream reader(file);
