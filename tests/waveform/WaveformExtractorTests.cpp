@@ -15,6 +15,15 @@ QList<float> peaksOf(const FileUrl& url, int count) {
     return runToCompletion(WaveformExtractor::shared().extractPeaks(url, count));
 }
 
+Task<> extract(FileUrl url, std::stop_token token, int* cancelled) {
+    auto job = WaveformExtractor::shared().extractPeaks(url, 8, token);
+    try {
+        co_await job;
+    } catch (const Cancelled&) {
+        ++*cancelled;
+    }
+}
+
 TEST(WaveformExtractor, KeepsWhatItMadeForEachNumberOfPeaks) {
     const FileUrl url = MediaLibrary::shared().place("kept.flac");
     mediaKind("flac 16").write(url, makeSignal(100000));
@@ -56,15 +65,8 @@ TEST(WaveformExtractor, LetsTheNextOneThroughWhenAFileIsSkipped) {
     timer.start();
     TaskSlot slot;
     int cancelled = 0;
-    const auto extract = [&cancelled](FileUrl url, std::stop_token token) -> Task<> {
-        try {
-            co_await WaveformExtractor::shared().extractPeaks(url, 8, token);
-        } catch (const Cancelled&) {
-            ++cancelled;
-        }
-    };
     for (int i = 0; i < 5; ++i) {
-        slot.start([&](std::stop_token token) { return extract(longFile, token); });
+        slot.start([&](std::stop_token token) { return extract(longFile, token, &cancelled); });
         spinFor(std::chrono::milliseconds(longTime / 20 + 1));
     }
     slot.cancel();
