@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "MprisFixture.h"
+#include "platform/mediacontrols/linux/BusProbe.h"
 #include "support/EventLoop.h"
 
 namespace halvenor {
@@ -111,7 +112,33 @@ TEST_F(MprisFaultTest, aBusThatDoesNotAnswerHoldsNothingUp) {
     bus_.freeze();
     useService();
     EXPECT_LT(ticker.longestStall(), 200);
+    stop();
+    EXPECT_LT(ticker.longestStall(), 200);
     bus_.thaw();
+}
+
+TEST_F(MprisFaultTest, aBusThatDoesNotAnswerDoesNotHoldUpTheEndEither) {
+    bus_.freeze();
+    service().start(0ms);
+    spinFor(100ms);
+    const test::EventLoopTicker ticker;
+    stop();
+    EXPECT_LT(ticker.longestStall(), 200);
+}
+
+TEST(BusProbe, tellsWhoAnswersAtAnAddress) {
+    const test::BusDaemon bus;
+    const QByteArray good = bus.address();
+    for (const QByteArray& address :
+         {good, good + ",guid=0123456789abcdef", "unix:path=/nowhere;" + good,
+          "unix:path=" + QByteArray(300, 'x') + ";" + good, QByteArray("tcp:host=127.0.0.1"),
+          QByteArray(good).replace("bus", "%62us")}) {
+        EXPECT_TRUE(busAnswers(address, {})) << address.toStdString();
+    }
+    for (const char* address : {"", ";", "nonsense", "unix:", "unix:path", "unix:path=",
+                                "unix:path=/nowhere", "unix:abstract=nobody", "unix:path=/tmp"}) {
+        EXPECT_FALSE(busAnswers(address, {})) << address;
+    }
 }
 
 TEST_F(MprisFaultTest, aNameThatIsTakenGetsASuffix) {

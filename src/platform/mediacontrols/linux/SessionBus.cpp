@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "base/FileStatus.h"
+#include "platform/mediacontrols/linux/BusProbe.h"
 #include "platform/userfolders/UserFolders.h"
 
 namespace halvenor {
@@ -35,6 +36,20 @@ QByteArray busAddress() {
     const FileUrl socket = runtime ? runtime->appendingPathComponent("bus") : FileUrl(QByteArray());
     return runtime && itemExists(socket) ? "unix:path=" + socket.path().toPercentEncoding("/", "~")
                                          : QByteArray();
+}
+
+// Absent where the bus does not answer.
+std::optional<QDBusConnection> open(const QByteArray& address, const QString& key,
+                                    const std::stop_token& stop) {
+    if (!busAnswers(address, stop)) {
+        return std::nullopt;
+    }
+    QDBusConnection made = QDBusConnection::connectToBus(QString::fromUtf8(address), key);
+    if (!made.isConnected()) {
+        QDBusConnection::disconnectFromBus(key);
+        return std::nullopt;
+    }
+    return made;
 }
 
 }  // namespace
@@ -66,26 +81,18 @@ void SessionBus::send(const QDBusMessage& message) const {
 }
 
 Task<> SessionBus::connectToBus(std::stop_token stop) {
-    const QString address = QString::fromUtf8(busAddress());
-    if (address.isEmpty()) {
-        retryLater();
-        co_return;
-    }
     // Qt knows connections by name, and each of them but once.
     const QString key = QUuid::createUuid().toString();
-    auto job = worker_.run([address, key](const std::stop_token&) {
-        QDBusConnection made = QDBusConnection::connectToBus(address, key);
-        if (!made.isConnected()) {
-            QDBusConnection::disconnectFromBus(key);
-        }
-        return made;
-    });
-    QDBusConnection made = co_await job;
+    auto job =
+        worker_.run([address = busAddress(),
+                     key](const std::stop_token& stopped) { return open(address, key, stopped); },
+                    stop);
+    const std::optional<QDBusConnection> made = co_await job;
     if (stop.stop_requested()) {
         QDBusConnection::disconnectFromBus(key);
         co_return;
     }
-    if (!made.isConnected()) {
+    if (!made) {
         retryLater();
         co_return;
     }
