@@ -504,6 +504,10 @@ TEST_F(PlaylistWindow, removesTracksFromThePlaylistOnShow) {
     QTest::keyClick(&list(), Qt::Key_Delete);
     QTest::qWait(1);
     EXPECT_EQ(files(id).size(), 57U);
+    state->openPlaylist = make("Favorites", {"/music/t/9"});
+    EXPECT_THAT(ContextMenu(list(), centreOf(list(), 6)).texts(),
+                testing::Not(testing::Contains("Remove from Playlist")))
+        << "there is an entry for it already";
     state->openPlaylist = std::nullopt;
     click(list(), 8);
     QTest::keyClick(&list(), Qt::Key_Delete);

@@ -25,6 +25,13 @@ void addFavoritesEntry(QMenu& menu, AppState& state, const QList<Track>& chosen)
     });
 }
 
+// Out of the favourites leads an entry of its own.
+bool showsOtherThanFavorites(AppState& state) {
+    const auto& open = *state.openPlaylist;
+    return open && (open->name != PlaylistManager::favoritesName ||
+                    open->id != state.playlistManager().favoritesPlaylist().id);
+}
+
 }  // namespace
 
 QString favoriteActionLabel(bool isFavorite) {
@@ -36,7 +43,7 @@ void fillTrackMenu(QMenu& menu, AppState& state, const Track& clicked, const QLi
     addFavoritesEntry(menu, state, chosen);
     addPlaylistMenu(menu, state,
                     [&state, chosen](const QUuid& id) { state.addToPlaylist(chosen, id); });
-    if (state.openPlaylist->has_value()) {
+    if (showsOtherThanFavorites(state)) {
         menu.addAction(QStringLiteral("Remove from Playlist"),
                        [&state, chosen] { removeFromOpenPlaylist(state, chosen); });
     }
