@@ -4,7 +4,6 @@
 #include <functional>
 #include <gmock/gmock.h>
 #include <numeric>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <thread>
@@ -15,6 +14,7 @@
 #include "base/Error.h"
 #include "base/FileCopy.h"
 #include "base/FileDescriptor.h"
+#include "support/PeakMemory.h"
 #include "support/TemporaryFolder.h"
 
 namespace halvenor {
@@ -213,15 +213,11 @@ TEST(FileReplacement, keepsHolesAndTakesNoMemory) {
     if (before.st_blocks > 2000) {
         GTEST_SKIP() << "the file system of the temporary folder has no holes";
     }
-    rusage usage = {};
-    ::getrusage(RUSAGE_SELF, &usage);
-    const long peakBefore = usage.ru_maxrss;
-
+    const test::PeakMemory peak;
     FileReplacement replacement(file);
     replacement.replace({"a head that moves it all"}, 2);
 
-    ::getrusage(RUSAGE_SELF, &usage);
-    EXPECT_LT(usage.ru_maxrss - peakBefore, 32 << 10) << "kB";
+    EXPECT_LT(peak.growth(), 8 << 20);
     const struct stat after = statusOf(file);
     EXPECT_EQ(after.st_size, size + 22);
     EXPECT_LT(after.st_blocks, 2000);

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <fstream>
+#include <string>
+
+namespace halvenor::test {
+
+/// How much more memory the process has held since this was made than it held then. One at a time.
+class PeakMemory {
+  public:
+    PeakMemory() {
+        std::ofstream("/proc/self/clear_refs") << 5;  // The peak begins anew.
+        before_ = kilobytes("VmRSS:");
+    }
+
+    /// In bytes.
+    int64_t growth() const { return (kilobytes("VmHWM:") - before_) * 1024; }
+
+  private:
+    static int64_t kilobytes(const std::string& name) {
+        std::ifstream status("/proc/self/status");
+        std::string word;
+        int64_t value = 0;
+        while (status >> word) {
+            if (word == name) {
+                status >> value;
+                break;
+            }
+        }
+        return value;
+    }
+
+    int64_t before_ = 0;
+};
+
+}  // namespace halvenor::test
