@@ -11,14 +11,16 @@
 #include <span>
 #include <string_view>
 
-#include "platform/appearance/SystemAppearance.h"
+#include "platform/appearance/DesktopPreferences.h"
 #include "platform/audio/Outputs.h"
 #include "platform/desktop/Memory.h"
 #include "platform/desktop/TerminationSignals.h"
+#include "platform/mediacontrols/NowPlayingService.h"
 #include "platform/settings/Settings.h"
+#include "platform/singleinstance/SingleInstance.h"
 #include "selftest/SelfTest.h"
 #include "state/AppState.h"
-#include "ui/mainwindow/MainWindow.h"
+#include "ui/shell/ApplicationShell.h"
 #include "ui/theme/FontPreload.h"
 #include "ui/theme/ThemeInstaller.h"
 
@@ -37,10 +39,26 @@ bool wantsSelfTest(int argc, char** argv) {
                                [](std::string_view argument) { return argument == "--test"; });
 }
 
-AppState::Dependencies userDependencies() {
+AppState::Dependencies userDependencies(const DesktopPreferences& preferences) {
     return AppState::Dependencies(makeSystemOutput(QStringLiteral("Halvenor")),
                                   Settings::defaultFile(), AppState::defaultDataFolder(),
-                                  &currentSystemAppearance);
+                                  [&preferences] { return *preferences.appearance; });
+}
+
+// A launch while another process of this user runs is that one's: it shows its window.
+int handOver(const SingleInstance& instance) {
+    if (instance.role() == SingleInstance::Role::unanswered) {
+        qWarning("%s", qPrintable(instance.problem()));
+        return 1;
+    }
+    return 0;
+}
+
+// The desktop lets a window come to the front for whoever shows the token of a user's action.
+void takeActivationToken(const LaunchRequest& request) {
+    if (!request.activationToken.isEmpty()) {
+        qputenv("XDG_ACTIVATION_TOKEN", request.activationToken);
+    }
 }
 
 // Everything is saved when the program ends, and when the desktop session asks for that before it
@@ -63,27 +81,38 @@ void followLifecycle(AppState& state, QApplication& application) {
 
 int main(int argc, char** argv) {
     const bool isSelfTest = wantsSelfTest(argc, argv);
+    std::optional<SingleInstance> instance;
+    if (!isSelfTest) {
+        instance.emplace();
+        if (instance->role() != SingleInstance::Role::first) {
+            return handOver(*instance);
+        }
+    }
     if (isSelfTest && !hasDisplay()) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
     FontPreload fonts;  // Its thread reads the environment, which is not changed from here on.
     QApplication application(argc, argv);
     fonts.applicationIsReady();
+    // Closing the window leaves the music playing.
+    QApplication::setQuitOnLastWindowClosed(false);
     // Not quit(), which a window may refuse.
     const TerminationSignals signals([] { QApplication::exit(0); });
     QApplication::setApplicationName(QStringLiteral("Halvenor"));
     QApplication::setDesktopFileName(QStringLiteral("halvenor"));
+    DesktopPreferences preferences;
 
     // The self-test has a home of its own: the user's settings are neither read nor written.
     std::optional<SelfTestHome> selfTestHome;
     if (isSelfTest) {
         selfTestHome.emplace();
     }
-    AppState state(isSelfTest ? selfTestHome->dependencies() : userDependencies());
+    AppState state(isSelfTest ? selfTestHome->dependencies() : userDependencies(preferences));
+    state.onTerminate = [] { QApplication::exit(0); };
     followLifecycle(state, application);
     installTheme(state, application);
-    MainWindow window(state);
-    window.show();
+    ApplicationShell shell(state, preferences);
+    shell.showMainWindow();
     fonts.finish();
     QTimer::singleShot(std::chrono::seconds(1), &returnUnusedMemory);
 
@@ -91,6 +120,15 @@ int main(int argc, char** argv) {
     if (isSelfTest) {
         selfTest.emplace(state, *selfTestHome);
         selfTest->start([] { QApplication::exit(0); });
+    } else {
+        instance->setOnLaunch([&shell](const LaunchRequest& request) {
+            takeActivationToken(request);
+            shell.showMainWindow();
+        });
+        preferences.start();
+        state.nowPlayingService().start();
+        QTimer::singleShot(std::chrono::milliseconds(400), &application,
+                           [&shell] { shell.startStatusItem(); });
     }
     return QApplication::exec();
 }

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "enrichment/BareReading.h"
+#include "platform/appearance/DesktopPreferences.h"
 #include "platform/audio/Outputs.h"
 #include "state/AppState.h"
 #include "support/Measure.h"
@@ -143,7 +144,8 @@ int main(int argc, char** argv) {
         FileUrl(QFile::encodeName(home.path())).appendingPathComponent("data"),
         [] { return SystemAppearance::dark; }));
     installTheme(state, application);
-    MainWindow window(state);
+    DesktopPreferences preferences;
+    MainWindow window(state, preferences);
     window.show();
     runEventsFor(500ms);
     measureEnrichment(state);

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "base/Error.h"
+#include "platform/mediacontrols/NowPlayingService.h"
 #include "platform/userfolders/UserFolders.h"
 #include "state/SettingsKeys.h"
 
@@ -32,12 +33,14 @@ AppState::AppState(Dependencies dependencies)
       audioEngine_(std::move(dependencies.audioOutput)),
       playlistManager_(dependencies.dataFolder.appendingPathComponent("playlists.json")),
       relocationStore_(dependencies.dataFolder.appendingPathComponent("relocation.json")),
+      nowPlayingService_(std::make_unique<NowPlayingService>()),
       bookmarkResolver_(std::make_shared<BookmarkResolver>()) {
     connectChangeHandlers();
     restoreSettings();
     loadLibraryBookmarks();
     subscribeToPlaylists();
     subscribeToEngine();
+    setupMediaKeys();
     restorePlayer();
     restoreLibraryFolders();
     restoreLastPlaybackSession();
@@ -78,8 +81,12 @@ void AppState::connectChangeHandlers() {
             followAppearance(systemAppearance_());
         }
     }));
-    subscriptions_.push_back(showWaveform.subscribe(
-        [this](bool on) { settings_.setBoolean(settingsKeys::showWaveform, on); }));
+    subscriptions_.push_back(showWaveform.subscribe([this](bool on) {
+        settings_.setBoolean(settingsKeys::showWaveform, on);
+        if (on) {
+            ensureWaveformLoaded();
+        }
+    }));
     subscriptions_.push_back(useLiquidTitanWaveform.subscribe(
         [this](bool on) { settings_.setBoolean(settingsKeys::useLiquidTitanWaveform, on); }));
     subscriptions_.push_back(showMarkedFoldersOnly.subscribe(
@@ -121,6 +128,10 @@ void AppState::subscribeToEngine() {
             selectedTrack = track;
             if (track) {
                 settings_.setPath(settingsKeys::lastTrackPath, track->url().standardized().path());
+                if (*showWaveform) {
+                    loadWaveform(*track);
+                }
+                updateNowPlaying(*track);
             }
         }));
     subscriptions_.push_back(audioEngine_.currentTime.subscribe([this](double seconds) {

@@ -29,12 +29,15 @@
 
 namespace halvenor {
 
+class NowPlayingService;
+struct MediaPlayerState;
+
 /// The one central object: every view observes it, every action of the user goes through it, and
 /// it owns the playback engine. Made once; main thread throughout.
 ///
 /// The constructor is the program's start order. The operations of each concern lie in a source of
 /// their own: AppStateLibrary, -Locations, -Navigation, -Search, -Enrichment, -Queue, -NextFolder,
-/// -Playlists, -Relocation, -Session, -Theme.
+/// -Playlists, -Relocation, -Session, -NowPlaying, -Waveform, -Theme.
 ///
 /// After every wait a task tests again: stop requested, owner alive, subject still current.
 class AppState : public QObject {
@@ -64,6 +67,17 @@ class AppState : public QObject {
     void becameActive() { checkRelocations(); }
     /// The program ends: everything that is remembered is put on the disk.
     void willTerminate();
+    /// Brings the main window to the front, wherever it is. Set by the entry; may be absent.
+    std::function<void()> onShowMainWindow;
+    /// Ends the program as the user's own command does. Set by the entry; may be absent.
+    std::function<void()> onTerminate;
+
+    // ---- What the window presents --------------------------------------------------------------
+    Published<bool> isSettingsPresented{false};
+    /// The list of what was played.
+    Published<bool> isPlaybackQueuePresented{false};
+    /// The large cover takes the place of everything else.
+    Published<bool> isCoverModePresented{false};
 
     // ---- Library -------------------------------------------------------------------------------
     /// The Locations as tree roots, in natural order of their names.
@@ -161,6 +175,25 @@ class AppState : public QObject {
     void refreshGaplessQueue();
     /// What must follow the current track. May build a shuffle order, and has no other effect.
     std::optional<Track> gaplessNextTrack();
+    /// Whether the list goes on after, or began before, the track that plays. Looks at the plain
+    /// index: while shuffling there may be more to come than this tells.
+    bool hasNext() const;
+    bool hasPrevious() const;
+    /// Plays a music file, or opens a folder of them, that another program hands over.
+    void openFromOutside(const FileUrl& url);
+
+    // ---- Waveform ------------------------------------------------------------------------------
+    /// 160 values between 0 and 1 of the current track, or none while they are not known.
+    Published<QList<float>> waveformPeaks;
+
+    /// Empties the peaks and has those of `track` read; they arrive if it is current by then.
+    void loadWaveform(const Track& track);
+    /// The same for the current track, if the waveform is shown and its peaks are not known.
+    void ensureWaveformLoaded();
+
+    // ---- Desktop's controls --------------------------------------------------------------------
+    /// The media keys and the panel that shows what plays. start() puts the player there.
+    NowPlayingService& nowPlayingService() { return *nowPlayingService_; }
 
     // ---- Playlists -----------------------------------------------------------------------------
     /// The playlist on show.
@@ -219,6 +252,7 @@ class AppState : public QObject {
     void restoreSettings();
     void subscribeToEngine();
     void subscribeToPlaylists();
+    void setupMediaKeys();
     void installLoadFailureReport();
 
     // Library
@@ -269,6 +303,15 @@ class AppState : public QObject {
     /// The first row whose track has this URL, standardised, or -1.
     static qsizetype indexOfUrl(const TrackList& tracks, const FileUrl& url);
 
+    // Desktop's controls
+    void updateNowPlaying(const Track& track);
+    void subscribeMediaControls();
+    MediaPlayerState mediaPlayerState() const;
+    Task<> outsideOpening(FileUrl file, std::stop_token token);
+
+    // Waveform
+    Task<> waveformTask(Track track, std::stop_token token);
+
     // Next folder
     void scheduleNextFolderPreparation();
     Task<> nextFolderPreparation(FileUrl source, std::stop_token token);
@@ -317,6 +360,7 @@ class AppState : public QObject {
     PlaylistManager playlistManager_;
     RelocationStore relocationStore_;
     UserPrompts* userPrompts_ = nullptr;
+    std::unique_ptr<NowPlayingService> nowPlayingService_;
 
     std::vector<qsizetype> shuffleOrder_;
     qsizetype shufflePosition_ = 0;
@@ -340,6 +384,8 @@ class AppState : public QObject {
     bool isListRestoring_ = false;
     TaskSlot nextFolderPreparationTask_;
     TaskSlot playlistLoadTask_;
+    TaskSlot waveformTask_;
+    TaskSlot outsideOpeningTask_;
     std::optional<PreparedFolderTransition> preparedNextFolderTransition_;
 
     QHash<QByteArray, QByteArray> libraryBookmarkData_;

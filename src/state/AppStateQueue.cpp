@@ -145,6 +145,20 @@ void AppState::playNext() {
     }
 }
 
+bool AppState::hasNext() const {
+    if (!*audioEngine_.currentTrack || playingQueue->isEmpty()) {
+        return false;
+    }
+    return *currentIndex + 1 < playingQueue->size() || *repeatMode != RepeatMode::off;
+}
+
+bool AppState::hasPrevious() const {
+    if (!*audioEngine_.currentTrack || playingQueue->isEmpty()) {
+        return false;
+    }
+    return *currentIndex > 0 || *repeatMode == RepeatMode::all;
+}
+
 // However far the track has played, this goes to the one before; where there is none, it restarts.
 void AppState::playPrevious() {
     if (playingQueue->isEmpty()) {

@@ -113,6 +113,7 @@ void AppState::restoreLastTrackSelectionIfNeeded() {
     const qsizetype row = path ? playbackQueue->indexOfId(*path) : -1;
     if (row >= 0) {
         selectedTrack = playbackQueue->at(row);
+        ensureWaveformLoaded();
         currentIndex = row;
     }
 }

@@ -2,9 +2,11 @@
 
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <stdexcept>
 #include <thread>
 
@@ -50,9 +52,45 @@ std::map<std::string, std::string> Display::environment() const {
     return {{"DISPLAY", name_}, {"QT_QPA_PLATFORM", "xcb"}, {"WAYLAND_DISPLAY", ""}};
 }
 
-int Display::xdotool(std::vector<std::string> arguments) const {
+int Display::xdotool(std::vector<std::string> arguments, const std::string& outputFile) const {
     arguments.insert(arguments.begin(), "xdotool");
-    return ChildProcess({.command = arguments, .environment = environment()}).wait();
+    return ChildProcess(
+               {.command = arguments, .environment = environment(), .outputFile = outputFile})
+        .wait();
+}
+
+void Display::startWindowManager() {
+    windowManager_ =
+        ChildProcess({.command = {"openbox", "--sm-disable"}, .environment = environment()});
+    // It has put its mark on the root window when it is ready.
+    waitFor([&] {
+        return ChildProcess({.command = {"sh", "-c",
+                                         "xprop -root _NET_SUPPORTING_WM_CHECK | grep -q window"},
+                             .environment = environment()})
+                   .wait() == 0;
+    });
+}
+
+int Display::windowCount(const std::string& windowTitle) const {
+    const QTemporaryDir directory;
+    const std::string file = directory.filePath(QStringLiteral("windows")).toStdString();
+    xdotool({"search", "--onlyvisible", "--name", "^" + windowTitle + "$"}, file);
+    std::ifstream reader(file);
+    return static_cast<int>(
+        std::count(std::istreambuf_iterator<char>(reader), std::istreambuf_iterator<char>(), '\n'));
+}
+
+// The keys go to whatever has the focus: the window is gone before they are let go.
+bool Display::close(const std::string& windowTitle) const {
+    return waitFor([&] {
+        return xdotool({"search", "--onlyvisible", "--name", "^" + windowTitle + "$", "windowfocus",
+                        "--sync"}) == 0 &&
+               xdotool({"key", "alt+F4"}) == 0;
+    });
+}
+
+void Display::minimise(const std::string& windowTitle) const {
+    xdotool({"search", "--onlyvisible", "--name", "^" + windowTitle + "$", "windowminimize"});
 }
 
 bool Display::press(const std::string& windowTitle, const std::string& key) const {

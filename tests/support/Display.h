@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "support/ChildProcess.h"
 
@@ -20,12 +21,22 @@ class Display {
     /// @param key the name of an X key symbol ("space", "m")
     /// @return whether there was such a window
     bool press(const std::string& windowTitle, const std::string& key) const;
+    /// Has windows managed: they can be closed and minimised.
+    void startWindowManager();
+    /// How many windows of this title there are that can be seen.
+    int windowCount(const std::string& windowTitle) const;
+    bool isShown(const std::string& windowTitle) const { return windowCount(windowTitle) > 0; }
+    /// Closes it as its user does.
+    /// @return whether there was such a window
+    bool close(const std::string& windowTitle) const;
+    void minimise(const std::string& windowTitle) const;
 
   private:
-    int xdotool(std::vector<std::string> arguments) const;
+    int xdotool(std::vector<std::string> arguments, const std::string& outputFile = {}) const;
 
     std::string name_;
     ChildProcess server_;
+    ChildProcess windowManager_;
 };
 
 }  // namespace halvenor::test

@@ -10,6 +10,7 @@
 
 #include <cstdio>
 
+#include "platform/appearance/DesktopPreferences.h"
 #include "ui/ExampleLibrary.h"
 #include "ui/mainwindow/MainWindow.h"
 #include "ui/mainwindow/WindowPrompts.h"
@@ -108,7 +109,8 @@ int main(int argc, char** argv) {
     const FileUrl settings(home.path().toUtf8() + "/settings.json");
     const auto state = test::makeState(settings);
     installTheme(*state, application);
-    MainWindow window(*state);
+    DesktopPreferences preferences;
+    MainWindow window(*state, preferences);
     window.show();
     save(window, folder + QStringLiteral("/empty.png"));
     test::fillWithExample(*state);

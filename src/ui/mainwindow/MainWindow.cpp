@@ -7,6 +7,7 @@
 
 #include <cmath>
 
+#include "platform/appearance/DesktopPreferences.h"
 #include "platform/desktop/FileManager.h"
 #include "state/AppState.h"
 #include "ui/mainwindow/KeyMonitor.h"
@@ -41,7 +42,7 @@ QIcon makeApplicationIcon() {
 
 }  // namespace
 
-MainWindow::MainWindow(AppState& state)
+MainWindow::MainWindow(AppState& state, DesktopPreferences& preferences)
     : state_(state),
       sidebar_(new SidebarView(state, this)),
       trackList_(new TrackListPane(state, this)),
@@ -58,8 +59,13 @@ MainWindow::MainWindow(AppState& state)
     divider_->onDragged = [this](double x) { dragDivider(x); };
     playerBar_->onHistoryToggled = [this] { toggleHistory(); };
     keyMonitor_->onAction = [this](WindowAction action) { perform(action); };
-    errors_ = state_.playbackErrorMessage.subscribe([this](const auto&) { showError(); });
+    subscriptions_.push_back(
+        state_.playbackErrorMessage.subscribe([this](const auto&) { showError(); }));
     showError();
+    subscriptions_.push_back(preferences.appearance.subscribe([this](SystemAppearance appearance) {
+        state_.applySystemColorScheme(appearance);
+    }));
+    state_.applySystemColorScheme(*preferences.appearance);
 }
 
 MainWindow::~MainWindow() = default;

@@ -9,6 +9,7 @@
 namespace halvenor {
 
 class AppState;
+class DesktopPreferences;
 class ErrorSheet;
 class HistoryPanel;
 class KeyMonitor;
@@ -26,7 +27,8 @@ enum class WindowAction;
 /// and made again at any time.
 class MainWindow : public QWidget {
   public:
-    explicit MainWindow(AppState& state);
+    /// @param state,preferences outlive it
+    MainWindow(AppState& state, DesktopPreferences& preferences);
     ~MainWindow() override;
 
     SidebarView& sidebar() { return *sidebar_; }
@@ -57,7 +59,7 @@ class MainWindow : public QWidget {
     KeyMonitor* keyMonitor_;
     double leftPanelFraction_ = 0.3;
     bool hasBeenShown_ = false;
-    Subscription errors_;
+    Subscriptions subscriptions_;
     /// The last: what it cancels at the window's end may still be shown by the rest.
     std::unique_ptr<WindowPrompts> prompts_;
 };

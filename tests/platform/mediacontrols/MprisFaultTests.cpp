@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "MprisFixture.h"
-#include "platform/mediacontrols/linux/BusProbe.h"
+#include "platform/sessionbus/BusProbe.h"
 #include "support/EventLoop.h"
 
 namespace halvenor {

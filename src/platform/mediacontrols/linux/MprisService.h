@@ -12,7 +12,7 @@
 #include "platform/mediacontrols/ExpectedPosition.h"
 #include "platform/mediacontrols/NowPlayingModel.h"
 #include "platform/mediacontrols/linux/CoverFiles.h"
-#include "platform/mediacontrols/linux/SessionBus.h"
+#include "platform/sessionbus/SessionBus.h"
 
 namespace halvenor {
 

@@ -1,4 +1,4 @@
-#include "platform/mediacontrols/linux/SessionBus.h"
+#include "platform/sessionbus/SessionBus.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -9,7 +9,7 @@
 #include <utility>
 
 #include "base/FileStatus.h"
-#include "platform/mediacontrols/linux/BusProbe.h"
+#include "platform/sessionbus/BusProbe.h"
 #include "platform/userfolders/UserFolders.h"
 
 namespace halvenor {
@@ -53,6 +53,19 @@ std::optional<QDBusConnection> open(const QByteArray& address, const QString& ke
 }
 
 }  // namespace
+
+Task<BusPresence> findSessionBus(Service& worker, std::stop_token stop) {
+    auto job = worker.run(
+        [address = busAddress()](const std::stop_token& stopped) {
+            if (address.isEmpty()) {
+                return BusPresence::absent;
+            }
+            return busAnswers(address, stopped) ? BusPresence::answers : BusPresence::mute;
+        },
+        stop);
+    const BusPresence presence = co_await job;
+    co_return presence;
+}
 
 SessionBus::SessionBus(QStringList names, Service& worker, Callbacks callbacks)
     : names_(std::move(names)),
@@ -106,7 +119,11 @@ void SessionBus::connected() {
                          QStringLiteral("org.freedesktop.DBus.Local"),
                          QStringLiteral("Disconnected"), this, SLOT(connectionLost()));
     callbacks_.onConnected(*connection_);
-    requestName(0);
+    if (names_.isEmpty()) {
+        retryDelay_ = firstRetryDelay;
+    } else {
+        requestName(0);
+    }
 }
 
 void SessionBus::requestName(qsizetype index) {

@@ -1,4 +1,4 @@
-#include "platform/mediacontrols/linux/BusProbe.h"
+#include "platform/sessionbus/BusProbe.h"
 
 #include <QList>
 

@@ -13,6 +13,16 @@
 
 namespace halvenor {
 
+enum class BusPresence {
+    absent,   ///< none is configured
+    answers,  ///< it can be used without waiting long
+    mute,     ///< whoever connects waits, perhaps for ever
+};
+
+/// Looks for the session bus on `worker`. What a toolkit does on the main thread by itself, as a
+/// tray icon does, is safe unless the bus is mute. Main thread.
+Task<BusPresence> findSessionBus(Service& worker, std::stop_token stop);
+
 /// A connection of this object's own to the session bus, with a name on it; made again when it is
 /// lost.
 ///
@@ -32,7 +42,8 @@ class SessionBus final : public QObject {
         std::function<void()> onLost;
     };
 
-    /// @param names to ask for, in this order, until one is free
+    /// @param names to ask for, in this order, until one is free; empty for a client that nobody
+    /// is to find
     /// @param worker where connecting waits
     SessionBus(QStringList names, Service& worker, Callbacks callbacks);
     SessionBus(const SessionBus&) = delete;

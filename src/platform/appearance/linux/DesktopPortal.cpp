@@ -1,0 +1,115 @@
+#include "platform/appearance/linux/DesktopPortal.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+
+#include <array>
+
+namespace halvenor {
+
+namespace {
+
+constexpr auto portalName = "org.freedesktop.portal.Desktop";
+constexpr auto portalPath = "/org/freedesktop/portal/desktop";
+constexpr auto settingsInterface = "org.freedesktop.portal.Settings";
+
+struct Setting {
+    const char* group;
+    const char* key;
+};
+constexpr Setting colourScheme{"org.freedesktop.appearance", "color-scheme"};
+constexpr Setting reducedMotion{"org.freedesktop.appearance", "reduced-motion"};
+// Desktops that have no common word for it yet.
+constexpr Setting gnomeAnimations{"org.gnome.desktop.interface", "enable-animations"};
+constexpr Setting kdeAnimationSpeed{"org.kde.kdeglobals.KDE", "AnimationDurationFactor"};
+constexpr std::array settings{colourScheme, reducedMotion, gnomeAnimations, kdeAnimationSpeed};
+
+// Values of the colour scheme; 0 is no preference.
+constexpr uint prefersDark = 1;
+constexpr uint prefersLight = 2;
+
+QString text(const char* latin) {
+    return QString::fromLatin1(latin);
+}
+
+bool is(const Setting& setting, const QString& group, const QString& key) {
+    return group == QLatin1String(setting.group) && key == QLatin1String(setting.key);
+}
+
+// The older call answers with a variant in a variant.
+QVariant unwrapped(QVariant value) {
+    while (value.userType() == qMetaTypeId<QDBusVariant>()) {
+        value = value.value<QDBusVariant>().variant();
+    }
+    return value;
+}
+
+}  // namespace
+
+DesktopPreferences::Portal::Portal(DesktopPreferences& preferences)
+    : preferences_(preferences),
+      toolkitAppearance_(*preferences.appearance),
+      bus_({}, worker_,
+           {.onConnected = [this](QDBusConnection& bus) { connected(bus); },
+            .onNamed = [] {},
+            .onLost = [] {}}) {}
+
+DesktopPreferences::Portal::~Portal() = default;
+
+void DesktopPreferences::Portal::connected(QDBusConnection& bus) {
+    bus.connect(text(portalName), text(portalPath), text(settingsInterface),
+                QStringLiteral("SettingChanged"), this,
+                SLOT(settingChanged(QString, QString, QDBusVariant)));
+    for (const Setting& setting : settings) {
+        read(bus, text(setting.group), text(setting.key));
+    }
+}
+
+void DesktopPreferences::Portal::read(QDBusConnection& bus, const QString& group,
+                                      const QString& key) {
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        text(portalName), text(portalPath), text(settingsInterface), QStringLiteral("Read"));
+    call << group << key;
+    auto* const watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, group, key] {
+        watcher->deleteLater();
+        const QDBusPendingReply<QDBusVariant> reply = *watcher;
+        if (!reply.isError()) {
+            take(group, key, reply.value().variant());
+        }
+    });
+}
+
+void DesktopPreferences::Portal::settingChanged(const QString& group, const QString& key,
+                                                const QDBusVariant& value) {
+    take(group, key, value.variant());
+}
+
+void DesktopPreferences::Portal::take(const QString& group, const QString& key,
+                                      const QVariant& wrapped) {
+    const QVariant value = unwrapped(wrapped);
+    if (is(colourScheme, group, key)) {
+        const uint wish = value.toUInt();
+        preferences_.appearance = wish == prefersDark    ? SystemAppearance::dark
+                                  : wish == prefersLight ? SystemAppearance::light
+                                                         : toolkitAppearance_;
+    } else if (is(reducedMotion, group, key)) {
+        preferences_.reducesMotion = value.toUInt() == 1;
+    } else if (is(gnomeAnimations, group, key)) {
+        preferences_.reducesMotion = !value.toBool();
+    } else if (is(kdeAnimationSpeed, group, key)) {
+        preferences_.reducesMotion = value.toDouble() == 0;
+    }
+}
+
+DesktopPreferences::DesktopPreferences() : appearance(currentSystemAppearance()) {}
+
+DesktopPreferences::~DesktopPreferences() = default;
+
+void DesktopPreferences::start(std::chrono::milliseconds delay) {
+    portal_ = std::make_unique<Portal>(*this);
+    portal_->start(delay);
+}
+
+}  // namespace halvenor

@@ -1,0 +1,117 @@
+// The program on a desktop: a window manager, a session bus with clients, a second launch.
+#include <csignal>
+#include <fstream>
+#include <sstream>
+
+#include "program/ProgramFixture.h"
+#include "support/BusDaemon.h"
+
+namespace halvenor::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+class DesktopTest : public ProgramTest {
+  protected:
+    DesktopTest() { display_.startWindowManager(); }
+
+    int launchAgain() {
+        return ChildProcess({.command = {HALVENOR_PROGRAM}, .environment = environment()})
+            .waitFor(20s)
+            .value_or(-2);
+    }
+    bool isPlayingOn() {
+        const double before = storedPosition();
+        return comesTrue([&] { return storedPosition() > before; });
+    }
+};
+
+TEST_F(DesktopTest, closingTheWindowLeavesTheMusicAndAnotherLaunchBringsTheWindowBack) {
+    start();
+    playUntil(startPosition + 0.3);
+    ASSERT_TRUE(display_.close("Halvenor"));
+    ASSERT_TRUE(comesTrue([&] { return !display_.isShown("Halvenor"); }));
+    EXPECT_TRUE(isPlayingOn());
+
+    EXPECT_EQ(launchAgain(), 0);
+    EXPECT_TRUE(comesTrue([&] { return display_.isShown("Halvenor"); }));
+    EXPECT_TRUE(isPlayingOn());
+    display_.minimise("Halvenor");
+    ASSERT_TRUE(comesTrue([&] { return !display_.isShown("Halvenor"); }));
+    EXPECT_EQ(launchAgain(), 0);
+    EXPECT_TRUE(comesTrue([&] { return display_.isShown("Halvenor"); }));
+    EXPECT_EQ(display_.windowCount("Halvenor"), 1);
+
+    send(SIGTERM);
+    expectOrderlyEnd();
+    secondsHeardFrom(startPosition);
+}
+
+class MediaKeyTest : public DesktopTest {
+  protected:
+    MediaKeyTest() { busAddress_ = bus_.address().toStdString(); }
+
+    /// What playerctl prints; it is the only client that people use from a shell.
+    std::string playerctl(std::vector<std::string> arguments) {
+        const std::string file = home_.path("playerctl.out").toStdString();
+        arguments.insert(arguments.begin(), {"playerctl", "-p", "halvenor"});
+        ChildProcess({.command = arguments, .environment = environment(), .outputFile = file})
+            .waitFor(20s);
+        std::ifstream reader(file);
+        std::string line;
+        std::getline(reader, line);
+        return line;
+    }
+    bool becomes(const std::vector<std::string>& question, const std::string& answer) {
+        return comesTrue([&] { return playerctl(question) == answer; });
+    }
+
+    std::string urlOf(const char* name) const {
+        return home_.at("lib/album").appendingPathComponent(name).encoded().toStdString();
+    }
+
+    BusDaemon bus_;
+};
+
+TEST_F(MediaKeyTest, steerThePlayer) {
+    start();
+    ASSERT_TRUE(becomes({"status"}, "Paused"));
+    EXPECT_EQ(playerctl({"metadata", "xesam:url"}), urlOf("1.wav"));
+    EXPECT_NEAR(std::stod(playerctl({"position"})), startPosition, 0.01);
+    EXPECT_EQ(playerctl({"volume"}), "0.500000");
+    EXPECT_EQ(playerctl({"loop"}), "Playlist");
+    EXPECT_EQ(playerctl({"shuffle"}), "On");
+    playerctl({"shuffle", "Off"});
+
+    playerctl({"play"});
+    ASSERT_TRUE(becomes({"status"}, "Playing"));
+    EXPECT_TRUE(isPlayingOn());
+    playerctl({"position", "20"});
+    EXPECT_TRUE(comesTrue([&] { return storedPosition() >= 20; }));
+    playerctl({"next"});
+    EXPECT_TRUE(becomes({"metadata", "xesam:url"}, urlOf("2.wav")));
+    playerctl({"previous"});
+    EXPECT_TRUE(becomes({"metadata", "xesam:url"}, urlOf("1.wav")));
+    playerctl({"pause"});
+    EXPECT_TRUE(becomes({"status"}, "Paused"));
+    playerctl({"volume", "0.25"});
+    EXPECT_TRUE(comesTrue([&] { return Settings(settingsFile()).number("PlayerVolume") == 0.25; }));
+
+    ASSERT_TRUE(display_.close("Halvenor"));
+    ASSERT_TRUE(comesTrue([&] { return !display_.isShown("Halvenor"); }));
+    BusClient client(bus_);
+    const auto root = [&](const QString& method) {
+        return client
+            .call(QStringLiteral("org.mpris.MediaPlayer2.halvenor"),
+                  QStringLiteral("/org/mpris/MediaPlayer2"),
+                  QStringLiteral("org.mpris.MediaPlayer2"), method)
+            .type();
+    };
+    EXPECT_EQ(root(QStringLiteral("Raise")), QDBusMessage::ReplyMessage);
+    EXPECT_TRUE(comesTrue([&] { return display_.isShown("Halvenor"); }));
+    EXPECT_EQ(root(QStringLiteral("Quit")), QDBusMessage::ReplyMessage);
+    expectOrderlyEnd();
+}
+
+}  // namespace
+}  // namespace halvenor::test
