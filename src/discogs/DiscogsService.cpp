@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "base/ApplicationOwned.h"
 #include "base/Error.h"
 #include "discogs/CoverCandidates.h"
 #include "discogs/CoverImage.h"
@@ -38,8 +39,7 @@ void reportError(const std::exception& error) {
 }  // namespace
 
 DiscogsService& DiscogsService::shared() {
-    static DiscogsService service;
-    return service;
+    return applicationOwned<DiscogsService>();
 }
 
 DiscogsService::DiscogsService(DiscogsConfiguration configuration)

@@ -1,5 +1,7 @@
 #include "editing/AlbumTagEditor.h"
 
+#include "base/ApplicationOwned.h"
+#include "editing/ArtworkFormat.h"
 #include "tags/TagService.h"
 
 namespace halvenor {
@@ -15,14 +17,22 @@ DraftText draftOf(const QList<Track>& tracks, Get get) {
     return DraftText::of(values);
 }
 
+// Shared, so that closing an editor never waits for an image.
+class ImportWorker : public Service {};
+
+bool isBlank(const QString& text) {
+    return text.trimmed().isEmpty();
+}
+
 }  // namespace
 
-AlbumTagEditor::AlbumTagEditor(AppState& state, const QList<Track>& tracks)
+AlbumTagEditor::AlbumTagEditor(AppState& state, const QList<Track>& tracks, DiscogsService& discogs)
     : album(draftOf(tracks, &Track::album)),
       artist(draftOf(tracks, &Track::artist)),
       albumArtist(draftOf(tracks, &Track::albumArtist)),
       state_(&state),
-      tracks_(tracks) {
+      tracks_(tracks),
+      coverSearch_(discogs) {
     QList<std::optional<int64_t>> years;
     for (const Track& track : tracks) {
         years.append(track.year());
@@ -42,6 +52,52 @@ void AlbumTagEditor::changeArtwork(const std::optional<QByteArray>& data,
     artworkWasChanged_ = true;
     selectedArtworkFileName = fileName;
     selectedArtworkData = data;
+}
+
+void AlbumTagEditor::applyArtworkData(const QByteArray& data, const QString& fileName) {
+    isImportingArtwork = true;
+    errorMessage = std::nullopt;
+    importTask_.start(
+        [&](std::stop_token token) { return importTask(data, fileName, std::move(token)); });
+}
+
+Task<> AlbumTagEditor::importTask(QByteArray data, QString fileName, std::stop_token token) {
+    auto job = applicationOwned<ImportWorker>().run(
+        [data](const std::stop_token&) { return normalizedArtworkData(data); }, token);
+    const std::optional<QByteArray> artwork = co_await job;
+    if (token.stop_requested()) {
+        co_return;
+    }
+    isImportingArtwork = false;
+    if (artwork) {
+        changeArtwork(artwork, fileName);
+    } else {
+        errorMessage = QStringLiteral("The selected file is not a supported image.");
+    }
+}
+
+void AlbumTagEditor::fetchDiscogsCover() {
+    if (tracks_.isEmpty()) {
+        return;
+    }
+    const Track& track = tracks_.first();
+    const QString trackArtist =
+        track.albumArtist().isEmpty() ? track.artist() : track.albumArtist();
+    const QString typedArtist = isBlank(albumArtist.text) ? artist.text : albumArtist.text;
+    const QString wantedArtist = isBlank(typedArtist) ? trackArtist : typedArtist;
+    const QString wantedAlbum = isBlank(album.text) ? track.album() : album.text;
+    if (wantedArtist.isEmpty() || wantedAlbum.isEmpty()) {
+        errorMessage = QStringLiteral("Artist and album are required to search Discogs.");
+        return;
+    }
+    errorMessage = std::nullopt;
+    coverSearch_.start(wantedArtist, wantedAlbum, [this](const std::optional<QByteArray>& cover) {
+        if (cover) {
+            applyArtworkData(*cover, QStringLiteral("Discogs"));
+        } else {
+            errorMessage = noCoverFound();
+        }
+    });
 }
 
 QList<Track> AlbumTagEditor::writableTracks() const {

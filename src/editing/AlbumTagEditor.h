@@ -4,6 +4,7 @@
 
 #include <functional>
 
+#include "editing/CoverSearch.h"
 #include "editing/TagDraft.h"
 #include "editing/TagSaving.h"
 
@@ -13,7 +14,9 @@ namespace halvenor {
 /// share. Titles are never touched. The window binds its fields to these values. Main thread.
 class AlbumTagEditor : public QObject {
   public:
-    AlbumTagEditor(AppState& state, const QList<Track>& tracks);
+    /// @param discogs outlives the editor
+    AlbumTagEditor(AppState& state, const QList<Track>& tracks,
+                   DiscogsService& discogs = DiscogsService::shared());
 
     DraftText album;
     DraftText artist;
@@ -30,6 +33,14 @@ class AlbumTagEditor : public QObject {
     /// Takes another cover, or none. @param fileName of the image, where it came from a file
     void changeArtwork(const std::optional<QByteArray>& data,
                        const std::optional<QString>& fileName = std::nullopt);
+    /// Takes an image of any kind that can be read, once it is in the form that files take; tells
+    /// when it is none. Another image that comes meanwhile replaces it.
+    void applyArtworkData(const QByteArray& data, const QString& fileName);
+    Published<bool> isImportingArtwork{false};
+    /// Looks for a cover on Discogs, by what the fields say, or the first track where they are
+    /// blank. Takes it, or tells that there is none.
+    void fetchDiscogsCover();
+    Published<bool>& isSearchingCover() { return coverSearch_.isSearching; }
 
     Published<bool> isSaving{false};
     Published<std::optional<QString>> errorMessage;
@@ -44,12 +55,15 @@ class AlbumTagEditor : public QObject {
 
   private:
     Task<> saveTask(QList<Track> edited);
+    Task<> importTask(QByteArray data, QString fileName, std::stop_token token);
     Track edited(const Track& track, std::optional<int64_t> newYear) const;
 
     QPointer<AppState> state_;
     QList<Track> tracks_;
     bool yearWasMultiple_ = false;
     bool artworkWasChanged_ = false;
+    TaskSlot importTask_;
+    CoverSearch coverSearch_;
 };
 
 }  // namespace halvenor

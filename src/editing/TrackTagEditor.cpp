@@ -19,7 +19,8 @@ QList<Track> tracksToEdit(AppState& state) {
 
 }  // namespace
 
-TrackTagEditor::TrackTagEditor(AppState& state) : state_(&state), tracks_(tracksToEdit(state)) {
+TrackTagEditor::TrackTagEditor(AppState& state, DiscogsService& discogs)
+    : state_(&state), tracks_(tracksToEdit(state)), coverSearch_(discogs) {
     QList<QString> artists;
     QList<QString> albums;
     QList<QString> albumArtists;
@@ -42,6 +43,23 @@ TrackTagEditor::TrackTagEditor(AppState& state) : state_(&state), tracks_(tracks
 void TrackTagEditor::changeArtwork(const std::optional<QByteArray>& data) {
     artworkWasChanged_ = true;
     selectedArtworkData = data;
+}
+
+void TrackTagEditor::fetchDiscogsCover() {
+    if (tracks_.size() != 1) {
+        return;
+    }
+    errorMessage = std::nullopt;
+    const Track& track = tracks_.first();
+    coverSearch_.start(artist.text.isEmpty() ? track.artist() : artist.text,
+                       album.text.isEmpty() ? track.album() : album.text,
+                       [this](const std::optional<QByteArray>& cover) {
+                           if (cover) {
+                               changeArtwork(cover);
+                           } else {
+                               errorMessage = noCoverFound();
+                           }
+                       });
 }
 
 // The album artist of a single track is shown and not written: it belongs to the album.

@@ -4,6 +4,7 @@
 
 #include <functional>
 
+#include "editing/CoverSearch.h"
 #include "editing/TagDraft.h"
 #include "editing/TagSaving.h"
 
@@ -13,7 +14,8 @@ namespace halvenor {
 /// one track its title and cover too; with several only what they may share. Main thread.
 class TrackTagEditor : public QObject {
   public:
-    explicit TrackTagEditor(AppState& state);
+    /// @param discogs outlives the editor
+    explicit TrackTagEditor(AppState& state, DiscogsService& discogs = DiscogsService::shared());
 
     /// Of the one track; empty with several.
     QString title;
@@ -24,6 +26,10 @@ class TrackTagEditor : public QObject {
     Published<std::optional<QByteArray>> selectedArtworkData;
     bool artworkWasChanged() const { return artworkWasChanged_; }
     void changeArtwork(const std::optional<QByteArray>& data);
+    /// Looks for a cover on Discogs, by what the fields say, or the track where they are empty.
+    /// Takes it as it is found, or tells that there is none. With one track only.
+    void fetchDiscogsCover();
+    Published<bool>& isSearchingCover() { return coverSearch_.isSearching; }
 
     Published<bool> isSaving{false};
     Published<std::optional<QString>> errorMessage;
@@ -43,6 +49,7 @@ class TrackTagEditor : public QObject {
     QPointer<AppState> state_;
     QList<Track> tracks_;
     bool artworkWasChanged_ = false;
+    CoverSearch coverSearch_;
 };
 
 }  // namespace halvenor
