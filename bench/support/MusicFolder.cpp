@@ -44,8 +44,8 @@ QByteArray textFrame(const char* identifier, const QByteArray& text) {
     return frame(identifier, payload);
 }
 
-// ID3v2.3 and a hundred frames of silence.
-QByteArray mp3(const Tags& tags) {
+// ID3v2.3 and frames of silence.
+QByteArray mp3(const Tags& tags, int audioBytes) {
     const QByteArray frames = textFrame("TIT2", tags.title) + textFrame("TPE1", tags.artist) +
                               textFrame("TALB", tags.album) + textFrame("TPE2", tags.albumArtist) +
                               textFrame("TYER", tags.year) + textFrame("TCON", tags.genre) +
@@ -56,7 +56,7 @@ QByteArray mp3(const Tags& tags) {
         size.append(static_cast<char>(frames.size() >> shift & 0x7f));
     }
     const QByteArray silence = QByteArray("\xff\xfb\x90\x64").leftJustified(417, '\0');
-    return QByteArray("ID3\3\0\0", 6) + size + frames + silence.repeated(100);
+    return QByteArray("ID3\3\0\0", 6) + size + frames + silence.repeated(audioBytes / 417);
 }
 
 QByteArray block(int type, const QByteArray& payload) {
@@ -64,7 +64,7 @@ QByteArray block(int type, const QByteArray& payload) {
 }
 
 // The metadata blocks of a FLAC file of one second; what follows is never looked at.
-QByteArray flac(const Tags& tags) {
+QByteArray flac(const Tags& tags, int audioBytes) {
     const QByteArray streamInfo = number(4096, 2) + number(4096, 2) + number(0, 3) + number(0, 3) +
                                   number(44100u << 12 | 1u << 9 | 15u << 4, 4) + number(44100, 4) +
                                   QByteArray(16, '\0');
@@ -79,7 +79,7 @@ QByteArray flac(const Tags& tags) {
                                QByteArray(4 + 4 + 4, '\0') + number(24, 4) + number(0, 4) +
                                number(sizeOf(tags.cover), 4) + tags.cover;
     return "fLaC" + block(0, streamInfo) + block(4, comments) + block(6, picture) +
-           block(0x81, QByteArray(4096, '\0')) + QByteArray(20'000, '\x55');
+           block(0x81, QByteArray(4096, '\0')) + QByteArray(audioBytes, '\x55');
 }
 
 QByteArray makeCover(int album, int size) {
@@ -93,7 +93,7 @@ QByteArray makeCover(int album, int size) {
 
 }  // namespace
 
-MusicFolder::MusicFolder(int tracks, int coverBytes) {
+MusicFolder::MusicFolder(int tracks, int coverBytes, int audioBytes) {
     QByteArray cover;
     for (int i = 0; i < tracks; ++i) {
         const int album = i / tracksPerAlbum;
@@ -112,7 +112,7 @@ MusicFolder::MusicFolder(int tracks, int coverBytes) {
                         cover};
         const bool isFlac = i % 2 == 1;
         const FileUrl file = url().appendingPathComponent(name + (isFlac ? ".flac" : ".mp3"));
-        const QByteArray contents = isFlac ? flac(tags) : mp3(tags);
+        const QByteArray contents = isFlac ? flac(tags, audioBytes) : mp3(tags, audioBytes);
         std::ofstream stream(file.path().constData(), std::ios::binary);
         if (!stream.write(contents.constData(), contents.size()).flush()) {
             throw std::runtime_error("cannot make the files to measure with");

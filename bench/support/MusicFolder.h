@@ -17,8 +17,9 @@ class MusicFolder {
 
     /// @param tracks     how many files
     /// @param coverBytes size of each cover; the tracks of an album have equal ones
+    /// @param audioBytes what follows the tags in each file, to a frame
     /// @throws std::runtime_error when the disk is full
-    explicit MusicFolder(int tracks, int coverBytes = 100'000);
+    explicit MusicFolder(int tracks, int coverBytes = 100'000, int audioBytes = 40'000);
 
     FileUrl url() const { return FileUrl(folder_.path().toUtf8()); }
     /// In the order of their names.

@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <optional>
+#include <set>
+#include <utility>
 
 #include "base/Error.h"
 #include "base/FileCopy.h"
@@ -175,7 +177,22 @@ void FileReplacement::replace(const std::vector<QByteArray>& head, int64_t keptF
     temporary.flush();
     requireUnchanged();
     temporary.place(name);
-    ::fsync(folder_.get());
+}
+
+void flushFoldersOf(const QList<FileUrl>& urls) {
+    std::set<std::pair<dev_t, ino_t>> flushed;
+    for (const FileUrl& url : urls) {
+        try {
+            const FileDescriptor folder = openFolderOf(linkTarget(url));
+            struct stat status = {};
+            if (::fstat(folder.get(), &status) == 0 &&
+                flushed.emplace(status.st_dev, status.st_ino).second) {
+                ::fsync(folder.get());
+            }
+        } catch (const Error&) {
+            continue;  // It has gone, and the file with it.
+        }
+    }
 }
 
 struct stat FileReplacement::requireUnchanged() const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 
 #include <cstdint>
 #include <sys/stat.h>
@@ -43,7 +44,9 @@ class FileReplacement {
     QByteArray read(int64_t offset, int64_t length) const;
 
     /// Puts in its place, as writeFileAtomically() does, a file of the bytes of `head`, one piece
-    /// behind the other, and those of the old file from `keptFrom` on. What is kept passes through
+    /// behind the other, and those of the old file from `keptFrom` on. The folder is left for
+    /// flushFoldersOf(): after a power cut before that, the old file may be back, as whole as the
+    /// new one. What is kept passes through
     /// no memory of the process where the file system can copy by itself. Whoever has the old file
     /// open, or reaches it by a second hard link, keeps it as it was. At most once.
     /// @throws Error (io); the old file is untouched then, and nothing is left beside it
@@ -58,5 +61,10 @@ class FileReplacement {
     struct stat status_ = {};
     FileDescriptor file_;
 };
+
+/// Sees to it that what was put in the places of these files is there for good; of a symbolic link
+/// that is its target's place. Each folder is flushed once. One that has gone, or can't be flushed,
+/// is left to the system. Any thread.
+void flushFoldersOf(const QList<FileUrl>& urls);
 
 }  // namespace halvenor

@@ -13,9 +13,9 @@ namespace halvenor {
 
 namespace {
 
-// What is asked of the kernel at once: large enough to cost nothing, small enough that the disk has
-// begun with the first stretch while the next is copied.
-constexpr int64_t stretchBytes = 2 << 20;
+// What is asked of the kernel at once: large enough to cost nothing, small enough that the disk is
+// at work on one stretch while the next is copied.
+constexpr int64_t stretchBytes = 1 << 20;
 constexpr int64_t blockBytes = 256 << 10;
 
 [[noreturn]] void failWithErrno() {
@@ -62,6 +62,8 @@ void appendData(int from, int64_t offset, int64_t end, int to) {
             copied = copyBlock(from, offset, wanted, to);
         }
         offset += copied;
+        // Whoever replaces a file waits for the disk in the end: it may as well begin now.
+        ::sync_file_range(to, 0, 0, SYNC_FILE_RANGE_WRITE);
     }
 }
 

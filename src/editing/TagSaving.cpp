@@ -48,6 +48,8 @@ Task<TagSaveOutcome> saveTags(QPointer<AppState> state, QList<Track> tracks) {
             state->fileWasReplaced(track.url());
         }
     }
+    auto flushing = TagService::shared().flushWrites();
+    co_await flushing;
     if (state) {
         state->applyMetadataUpdates(outcome.updated);
     }

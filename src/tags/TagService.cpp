@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <ctime>
+#include <utility>
 
+#include "base/AtomicFile.h"
 #include "base/TemporaryFile.h"
 #include "model/AudioExtensions.h"
 #include "tags/TagReading.h"
@@ -67,9 +69,15 @@ Job<FileUrl> TagService::writeMetadata(const Track& track, std::stop_token token
         [this, track](const std::stop_token&) {
             sweepFolderOf(track.url());
             writeTrack(track);
+            unflushedFiles_.append(track.url());
             return track.url();
         },
         token);
+}
+
+Job<std::monostate> TagService::flushWrites() {
+    return single_.run(
+        [this](const std::stop_token&) { flushFoldersOf(std::exchange(unflushedFiles_, {})); });
 }
 
 void TagService::sweepFolderOf(const FileUrl& url) {

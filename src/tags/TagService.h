@@ -3,6 +3,8 @@
 #include <QList>
 #include <QSet>
 
+#include <variant>
+
 #include "base/FileUrl.h"
 #include "base/Task.h"
 #include "model/Track.h"
@@ -35,6 +37,10 @@ class TagService {
     /// @throws ID3WriterError at the wait
     Job<FileUrl> writeMetadata(const Track& track, std::stop_token token = {});
 
+    /// Makes the writes so far outlast a power cut, which could bring old files back, whole, until
+    /// then: each costs a wait for the disk, so it is for the end of a save. Behind the writes.
+    Job<std::monostate> flushWrites();
+
   private:
     TagService();
 
@@ -44,6 +50,7 @@ class TagService {
 
     const int64_t startedAt_;        // seconds since 1970-01-01 UTC
     QSet<QByteArray> sweptFolders_;  // of the thread of single_
+    QList<FileUrl> unflushedFiles_;  // of the thread of single_
     Service single_;
     Service batches_;
 };
