@@ -107,15 +107,22 @@ void AppState::applyMetadataUpdates(const QList<Track>& tracks) {
     if (*selectedFolder && folderTracks->contains((*selectedFolder)->id())) {
         folderTracks.mutate([&](auto& all) { all[(*selectedFolder)->id()].updateById(tracks); });
     }
-    if (*selectedTrack) {
-        // The last record wins where two have one id.
-        const auto update = std::find_if(tracks.rbegin(), tracks.rend(), [&](const Track& track) {
-            return track.id() == (*selectedTrack)->id();
-        });
-        if (update != tracks.rend()) {
-            selectedTrack = *update;
+    const auto update = [&tracks](Published<std::optional<Track>>& place) {
+        if (!*place) {
+            return;
         }
-    }
+        // The last record wins where two have one id.
+        const auto found = std::find_if(tracks.rbegin(), tracks.rend(), [&](const Track& track) {
+            return track.id() == (*place)->id();
+        });
+        if (found != tracks.rend()) {
+            place = *found;
+        }
+    };
+    update(selectedTrack);
+    // What sounds is the file as it was opened; what is told of it is what it says now.
+    update(audioEngine_.currentTrack);
+    refreshGaplessQueue();
 }
 
 }  // namespace halvenor
