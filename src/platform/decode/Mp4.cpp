@@ -257,9 +257,12 @@ std::optional<SoundTrack> readTrack(ByteSource& bytes, const Box& trak) {
     if (const auto stsz = child(bytes, *stbl, "stsz")) {
         const auto head = content<12>(bytes, *stsz, 12);
         const int64_t same = head ? be32(head->data() + 4) : 0;
-        track.bytes = head ? same * be32(head->data() + 8) : 0;
+        const int64_t count = head ? be32(head->data() + 8) : 0;
         if (same == 0) {
             forEachEntry(bytes, *stsz, 12, 4, [&](const uint8_t* p) { track.bytes += be32(p); });
+        } else {
+            // No more than there can be, however many are claimed.
+            track.bytes = same * std::min(count, bytes.size() / same);
         }
     }
     const auto edts = child(bytes, trak, "edts");

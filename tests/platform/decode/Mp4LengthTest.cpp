@@ -63,6 +63,13 @@ class Mp4 {
     void setEditDuration(uint32_t units) { setBe32(bytes_, find("elst") + 16, units); }
     uint32_t editDuration() const { return be32At(bytes_, find("elst") + 16); }
 
+    /// Claims this many samples, all of one size.
+    void setSampleSizes(uint32_t size, uint32_t count) {
+        const qsizetype at = find("stsz");
+        setBe32(bytes_, at + 12, size);
+        setBe32(bytes_, at + 16, count);
+    }
+
   private:
     qsizetype find(const char* type) const {
         const qsizetype at = bytes_.lastIndexOf(QByteArray(type, 4));
@@ -120,6 +127,15 @@ TEST_F(Mp4Lengths, NonsenseInTheNoteIsPassedOver) {
         file_.addEncoderNote(text);
         EXPECT_EQ(decoded().size(), size_t{frames} * 2);
     }
+}
+
+TEST_F(Mp4Lengths, SamplesThatCannotBeThereMakeNoRate) {
+    file_.setSampleSizes(0xffffffff, 0xffffffff);
+    const FileUrl url = MediaLibrary::shared().place("claims.m4a");
+    writeBytes(url, file_.bytes());
+    const auto info = readStreamInfo(url);
+    ASSERT_TRUE(info);
+    EXPECT_LE(info->dataRate / 8 * frames / 44100, static_cast<double>(file_.bytes().size()) * 1.1);
 }
 
 TEST_F(Mp4Lengths, WithoutAnyTellingTheDelayStays) {
