@@ -12,6 +12,7 @@
 #include <string_view>
 
 #include "platform/appearance/DesktopPreferences.h"
+#include "platform/audio/AudioOutputDevices.h"
 #include "platform/audio/Outputs.h"
 #include "platform/desktop/Memory.h"
 #include "platform/desktop/TerminationSignals.h"
@@ -40,9 +41,11 @@ bool wantsSelfTest(int argc, char** argv) {
 }
 
 AppState::Dependencies userDependencies(const DesktopPreferences& preferences) {
-    return AppState::Dependencies(makeSystemOutput(QStringLiteral("Halvenor")),
-                                  Settings::defaultFile(), AppState::defaultDataFolder(),
-                                  [&preferences] { return *preferences.appearance; });
+    AppState::Dependencies user(makeSystemOutput(QStringLiteral("Halvenor")),
+                                Settings::defaultFile(), AppState::defaultDataFolder(),
+                                [&preferences] { return *preferences.appearance; });
+    user.outputDevices = makeSystemOutputDevices(QStringLiteral("Halvenor"));
+    return user;
 }
 
 // A launch while another process of this user runs is that one's: it shows its window.

@@ -33,21 +33,30 @@ std::exception_ptr missingFile(const FileUrl& url) {
 
 }  // namespace
 
-AudioEngineManager::AudioEngineManager(std::unique_ptr<AudioOutput> output, FileOpener openFile)
+AudioEngineManager::AudioEngineManager(std::unique_ptr<AudioOutput> output, FileOpener openFile,
+                                       std::unique_ptr<AudioOutputDeviceService> devices,
+                                       Settings* settings)
     : openFile_(std::move(openFile)),
       engine_(std::move(output), playerNode_),
+      deviceService_(std::move(devices)),
+      settings_(settings),
       self_(std::make_shared<AudioEngineManager*>(this)) {
     playerNode_.setVolume(*volume);
-    engine_.onConfigurationChange = [this] { restartAfterConfigurationChange(); };
+    engine_.onConfigurationChange = [this] { outputChangedItsFormat(); };
     progressTimer_.setInterval(progressInterval);
     progressTimer_.setTimerType(Qt::CoarseTimer);
     QObject::connect(&progressTimer_, &QTimer::timeout, &progressTimer_,
                      [this] { updateCurrentTime(); });
+    startDevices();
 }
 
 AudioEngineManager::~AudioEngineManager() {
     self_.reset();
+    if (deviceService_) {
+        deviceService_->removeHardwareChangeListener(hardwareChangeListener_);
+    }
     engine_.onConfigurationChange = nullptr;
+    engine_.onDeviceLost = nullptr;
     engine_.stop();
     invalidateSchedule();
 }
@@ -339,7 +348,7 @@ void AudioEngineManager::invalidateSchedule() {
 
 void AudioEngineManager::startEngineIfNeeded() {
     if (!engine_.isRunning()) {
-        engine_.start();
+        startOnChosenDevice();
     }
 }
 
@@ -375,20 +384,45 @@ void AudioEngineManager::reportFailure(const Track& track, const std::exception_
     }
 }
 
-// What is scheduled is bound to the format that the output had, so all of it is made anew.
-void AudioEngineManager::restartAfterConfigurationChange() {
-    const bool hadSchedule = !scheduledTracks_.empty();
+// Nothing is opened where nothing is scheduled: the next load does that.
+void AudioEngineManager::outputChangedItsFormat() {
+    if (scheduledTracks_.empty()) {
+        engine_.stop();
+        if (*isPlaying) {
+            setPlaying(false);
+        }
+        return;
+    }
+    try {
+        reopenOutput(requestedDevice_);
+    } catch (...) {
+        outputFailed(std::current_exception());
+    }
+}
+
+// The node keeps its schedule and its place over this, whatever the new device's format; open files
+// stay open.
+void AudioEngineManager::reopenOutput(const QString& device) {
     updateCurrentTime();
-    const std::optional<Track> current = *currentTrack;
-    const double position = *currentTime;
-    const std::optional<Track> next = queuedTrack();
-    const bool wasPlaying = *isPlaying;
     engine_.stop();
-    invalidateSchedule();
+    requestedDevice_ = device;
+    engine_.output().setDevice(device);
+    if (!*currentTrack) {
+        return;
+    }
+    setTimeline(*currentTime, std::nullopt);
+    engine_.start();
+    if (*isPlaying) {
+        playerNode_.play();
+        updateCurrentTime();
+    }
+}
+
+// The output could not be opened again. What is scheduled waits for the next resume().
+void AudioEngineManager::outputFailed(const std::exception_ptr& error) {
     setPlaying(false);
-    if (current && hadSchedule) {
-        load(*current, position, wasPlaying);
-        setNextTrack(next);
+    if (const std::optional<Track> current = *currentTrack) {
+        reportFailure(*current, error);
     }
 }
 

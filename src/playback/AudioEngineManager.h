@@ -8,13 +8,16 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 #include "base/MoveTable.h"
 #include "base/Published.h"
 #include "model/Track.h"
 #include "platform/audio/AudioEngine.h"
+#include "platform/audio/AudioOutputDevices.h"
 #include "platform/audio/PlayerNode.h"
+#include "platform/settings/Settings.h"
 #include "playback/PlaybackFile.h"
 
 namespace halvenor {
@@ -33,8 +36,12 @@ class AudioEngineManager {
 
     /// Opens nothing yet: the output is opened by the first load.
     /// @param openFile how files are opened for reading; throws what it fails with
+    /// @param devices  what knows the system's output devices; null: there is no choice
+    /// @param settings where the chosen device is remembered; outlives this object. Null: nowhere
     explicit AudioEngineManager(std::unique_ptr<AudioOutput> output,
-                                FileOpener openFile = &AudioFile::open);
+                                FileOpener openFile = &AudioFile::open,
+                                std::unique_ptr<AudioOutputDeviceService> devices = nullptr,
+                                Settings* settings = nullptr);
     ~AudioEngineManager();
     AudioEngineManager(const AudioEngineManager&) = delete;
     AudioEngineManager& operator=(const AudioEngineManager&) = delete;
@@ -50,6 +57,15 @@ class AudioEngineManager {
     /// The user's volume, 0...1; stays at its value while muted. Set it through setVolume.
     Published<float> volume{1.0F};
     Published<bool> isMuted{false};
+
+    /// The devices that can be chosen, by name. Nobody is asked for them before the first load or
+    /// the first refreshOutputDevices(); they arrive some moments later.
+    Published<QList<AudioOutputDevice>> outputDevices;
+    /// The UID of the chosen device; empty: the system's default is followed.
+    Published<QString> selectedOutputDeviceUID;
+    Published<QString> defaultOutputDeviceName{QStringLiteral("System Default")};
+    /// Why the last attempt to change the device failed; absent after one that succeeded.
+    Published<std::optional<QString>> outputDeviceError;
 
     /// A track could not be opened, or the engine could not start.
     std::function<void(const Track&, std::exception_ptr)> onLoadFailed;
@@ -77,6 +93,13 @@ class AudioEngineManager {
     /// Any volume above 0 unmutes; 0 does not mute.
     void setVolume(float value);
     void toggleMute();
+
+    /// Reads the devices anew, and moves the music if its device is gone or, while the default is
+    /// followed, another has become that.
+    void refreshOutputDevices();
+    /// Sends the sound to the device with this UID, empty for the system's default; it goes on at
+    /// the same place. A failure is told in outputDeviceError, and everything stays as it was.
+    void selectOutputDevice(const QString& uid);
 
     /// Rewrites the records of what is loaded after files have moved. The audio goes on.
     void relocatePaths(const MoveTable& moves);
@@ -114,7 +137,25 @@ class AudioEngineManager {
     void setTimeline(double basePosition, std::optional<int64_t> startSample);
     void applyNodeVolume();
     void reportFailure(const Track& track, const std::exception_ptr& error) const;
-    void restartAfterConfigurationChange();
+    void outputChangedItsFormat();
+    void reopenOutput(const QString& device);
+    void outputFailed(const std::exception_ptr& error);
+
+    // AudioEngineDevices.cpp
+    void startDevices();
+    void refreshOutputDevicesWithoutFallback();
+    void followSelection(const QString& selected);
+    void followDefault();
+    void defaultMoved();
+    void deviceLost();
+    bool applyOutputDeviceSelection(const QString& uid, bool force);
+    bool tryHardwareOutputDevice(const QString& uid);
+    void setHardwareOutputDevice(const QString& uid);
+    void setSelectedOutputDevice(const QString& uid);
+    void startOnChosenDevice();
+
+    /// The key of the chosen device's UID in the settings; absent while the default is followed.
+    static constexpr std::string_view outputDeviceDefaultsKey = "PlayerAudioOutputDeviceUID";
 
     FileOpener openFile_;
     PlayerNode playerNode_;
@@ -130,6 +171,21 @@ class AudioEngineManager {
     /// Absent: the next reading of the node's sample time supplies it.
     std::optional<int64_t> timelineStartSample_;
     bool leftoverAliasesRemoved_ = false;
+
+    std::unique_ptr<AudioOutputDeviceService> deviceService_;
+    Settings* settings_;
+    /// As read last.
+    AudioOutputDeviceList deviceList_;
+    /// What the output was told: the selected device, or empty where that could not be had.
+    QString requestedDevice_;
+    /// The device that the output was set to last, or that it has followed the default to.
+    std::optional<uint32_t> activeOutputDeviceID_;
+    HardwareChangeListener hardwareChangeListener_;
+    /// True within applyOutputDeviceSelection, in which no news of devices is acted upon.
+    bool isChangingOutputDevice_ = false;
+    /// Runs while the sound server may still be moving the sound to a new default by itself.
+    QTimer followTimer_;
+
     /// What posted work holds weakly; ends with the manager, first of all.
     std::shared_ptr<AudioEngineManager*> self_;
 };

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "base/Error.h"
+#include "platform/audio/AudioOutputDevices.h"
 #include "platform/audio/Outputs.h"
 #include "selftest/SampleMusic.h"
 
@@ -18,7 +19,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-std::unique_ptr<AudioOutput> soundServerOrSilence() {
+/// Open, or null where no sound server answers.
+std::unique_ptr<AudioOutput> soundServer() {
     auto server = makeSystemOutput(QStringLiteral("Halvenor self-test"));
     try {
         const AudioFormat format = server->open();
@@ -27,7 +29,7 @@ std::unique_ptr<AudioOutput> soundServerOrSilence() {
         return server;
     } catch (const Error& error) {
         std::printf("sound: silent output in real time (%s)\n", error.what());
-        return makeSilentOutput();
+        return nullptr;
     }
 }
 
@@ -62,11 +64,17 @@ FileUrl SelfTestHome::musicFolder() const {
     return FileUrl(QFile::encodeName(directory_.path())).appendingPathComponent("Music");
 }
 
-AppState::Dependencies SelfTestHome::dependencies() const {
+AppState::Dependencies SelfTestHome::dependencies() {
     const FileUrl home(QFile::encodeName(directory_.path()));
-    return AppState::Dependencies(soundServerOrSilence(),
-                                  home.appendingPathComponent("settings.json"), home,
-                                  [] { return SystemAppearance::dark; });
+    auto server = soundServer();
+    hasSoundServer_ = server != nullptr;
+    AppState::Dependencies own(hasSoundServer_ ? std::move(server) : makeSilentOutput(),
+                               home.appendingPathComponent("settings.json"), home,
+                               [] { return SystemAppearance::dark; });
+    if (hasSoundServer_) {
+        own.outputDevices = makeSystemOutputDevices(QStringLiteral("Halvenor self-test"));
+    }
+    return own;
 }
 
 SelfTest::SelfTest(AppState& state, const SelfTestHome& home) : state_(state), home_(home) {}
@@ -83,6 +91,10 @@ void SelfTest::report(bool passed, const QString& line) {
 
 Task<> SelfTest::run(std::function<void()> finished) {
     try {
+        if (home_.hasSoundServer()) {
+            auto devices = listOutputDevices();
+            co_await devices;
+        }
         auto making = makeMusic();
         co_await making;
         auto adding = addLocation();
@@ -111,6 +123,16 @@ Task<bool> SelfTest::waitUntil(std::function<bool()> condition, std::chrono::mil
         co_await sleepFor(20ms);
     }
     co_return true;
+}
+
+Task<> SelfTest::listOutputDevices() {
+    AudioEngineManager& engine = state_.audioEngine();
+    engine.refreshOutputDevices();
+    auto waiting = waitUntil([&] { return !engine.outputDevices->isEmpty(); }, 5s);
+    const bool isListed = co_await waiting;
+    report(isListed, QStringLiteral("found %1 output devices, the default is \"%2\"")
+                         .arg(engine.outputDevices->size())
+                         .arg(*engine.defaultOutputDeviceName));
 }
 
 Task<> SelfTest::makeMusic() {

@@ -18,15 +18,19 @@ class SelfTestHome {
     SelfTestHome();
 
     FileUrl musicFolder() const;
-    AppState::Dependencies dependencies() const;
+    AppState::Dependencies dependencies();
+    /// Whether dependencies() has found a sound server.
+    bool hasSoundServer() const { return hasSoundServer_; }
 
   private:
     QTemporaryDir directory_;
+    bool hasSoundServer_ = false;
 };
 
-/// Uses the program as a user would, on the AppState that the window shows: makes a small music
-/// folder, adds it, lists it, reads its tags, and plays the joins of it end to end. Prints one line
-/// for each step with what was seen, then "N passed, N failed". Main thread.
+/// Uses the program as a user would, on the AppState that the window shows: lists the output
+/// devices where there is a sound server, makes a small music folder, adds it, lists it, reads its
+/// tags, and plays the joins of it end to end. Prints one line for each step with what was seen,
+/// then "N passed, N failed". Main thread.
 class SelfTest {
   public:
     SelfTest(AppState& state, const SelfTestHome& home);
@@ -36,6 +40,7 @@ class SelfTest {
 
   private:
     Task<> run(std::function<void()> finished);
+    Task<> listOutputDevices();
     Task<> makeMusic();
     Task<> addLocation();
     Task<> listAndReadTags(QByteArray folderName, qsizetype expectedTracks);

@@ -30,7 +30,8 @@ AppState::Dependencies::Dependencies(std::unique_ptr<AudioOutput> output, FileUr
 AppState::AppState(Dependencies dependencies)
     : settings_(dependencies.settingsFile),
       systemAppearance_(std::move(dependencies.systemAppearance)),
-      audioEngine_(std::move(dependencies.audioOutput)),
+      audioEngine_(std::move(dependencies.audioOutput), &AudioFile::open,
+                   std::move(dependencies.outputDevices), &settings_),
       playlistManager_(dependencies.dataFolder.appendingPathComponent("playlists.json")),
       relocationStore_(dependencies.dataFolder.appendingPathComponent("relocation.json")),
       nowPlayingService_(std::make_unique<NowPlayingService>()),

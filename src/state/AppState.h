@@ -48,6 +48,7 @@ class AppState : public QObject {
                      std::function<SystemAppearance()> appearance);
 
         std::unique_ptr<AudioOutput> audioOutput;
+        std::unique_ptr<AudioOutputDeviceService> outputDevices;  ///< null: no choice of devices
         FileUrl settingsFile;
         /// Where playlists.json and relocation.json are.
         FileUrl dataFolder;

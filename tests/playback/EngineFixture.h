@@ -25,12 +25,20 @@ inline constexpr AudioFormat cd{44100, 2};
 /// real: an empty file stands for each.
 class EngineFixture {
   public:
-    explicit EngineFixture(AudioFormat format = cd) {
+    /// @param savedDevice what the settings hold from an earlier run
+    explicit EngineFixture(AudioFormat format = cd, const QString& savedDevice = {}) {
         qputenv("TMPDIR", folder_.path().toLatin1());
         auto made = std::make_unique<ManualOutput>(format);
         output = made.get();
+        settings.emplace(place("settings.json"));
+        if (!savedDevice.isEmpty()) {
+            settings->setString(deviceKey, savedDevice);
+        }
+        auto madeDevices = std::make_unique<ManualDevices>();
+        devices = madeDevices.get();
         engine = std::make_unique<AudioEngineManager>(
-            std::move(made), [this](const FileUrl& url) { return open(url); });
+            std::move(made), [this](const FileUrl& url) { return open(url); },
+            std::move(madeDevices), &*settings);
         engine->onLoadFailed = [this](const Track& track, const std::exception_ptr& error) {
             log.push_back("failed " + nameOf(track) + ": " + textOf(error));
         };
@@ -131,6 +139,9 @@ class EngineFixture {
     }
 
     ManualOutput* output = nullptr;
+    ManualDevices* devices = nullptr;
+    static constexpr std::string_view deviceKey = "PlayerAudioOutputDeviceUID";
+    std::optional<Settings> settings;
     std::unique_ptr<AudioEngineManager> engine;
     /// The callbacks, in order.
     std::vector<std::string> log;

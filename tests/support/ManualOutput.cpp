@@ -1,5 +1,7 @@
 #include "support/ManualOutput.h"
 
+#include <QCoreApplication>
+
 #include <algorithm>
 
 #include "base/Error.h"
@@ -11,6 +13,13 @@ AudioFormat ManualOutput::open() {
     if (!openFailure.empty()) {
         throw Error(ErrorKind::unavailable, QString::fromStdString(openFailure));
     }
+    if (missingDevices.contains(chosenDevice)) {
+        throw AudioOutputSelectionError::deviceUnavailable(chosenDevice);
+    }
+    if (refusedDevices.contains(chosenDevice)) {
+        throw AudioOutputSelectionError::coreAudio(7);
+    }
+    soundingDevice = chosenDevice.isEmpty() ? defaultDevice : chosenDevice;
     isOpen_ = true;
     return format_;
 }
@@ -77,6 +86,25 @@ void ManualOutput::loseDevice() {
 
 int64_t ManualOutput::framesWaiting() const {
     return static_cast<int64_t>(device_.size()) / format_.channels;
+}
+
+void ManualDevices::tell(const QStringList& names, bool isSettled, bool isConnected) {
+    AudioOutputDeviceList list;
+    for (const QString& name : names) {
+        const auto number = static_cast<uint32_t>(list.devices.size());
+        list.devices.append({.id = name.toLower(), .name = name, .deviceID = number});
+        seen_.insert(name.toLower());
+    }
+    list.defaultID = names.value(0).toLower();
+    list.isConnected = isConnected;
+    list.isSettled = isSettled;
+    list.seen = seen_;
+    if (!isConnected) {
+        seen_.clear();
+    }
+    list_ = std::move(list);
+    tellListeners();
+    QCoreApplication::processEvents();
 }
 
 }  // namespace halvenor::test

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QStringList>
+
 #include <atomic>
 #include <cstdint>
 #include <deque>
@@ -8,6 +10,7 @@
 #include <vector>
 
 #include "platform/audio/AudioOutput.h"
+#include "platform/audio/AudioOutputDevices.h"
 
 namespace halvenor::test {
 
@@ -30,6 +33,8 @@ class ManualOutput : public AudioOutput {
     void rerender() override;
     void wake() override { ++wakeCount; }
     int64_t framesHeard() const override { return heardCount_; }
+    void setDevice(const QString& uid) override { chosenDevice = uid; }
+    QString device() const override { return isOpen_ ? soundingDevice : QString(); }
 
     /// Takes up to `frames` frames into the device. @return frames taken; 0 while suspended
     int64_t pull(int64_t frames);
@@ -53,6 +58,14 @@ class ManualOutput : public AudioOutput {
 
     /// open() throws an Error (unavailable) with this text while it is not empty.
     std::string openFailure;
+    /// What setDevice() was told, and what a server made of it: open() puts the sound there, or on
+    /// the default one.
+    QString chosenDevice;
+    QString defaultDevice;
+    QString soundingDevice;
+    /// Devices that open() refuses, with the server's number 7, and those that it does not find.
+    QStringList refusedDevices;
+    QStringList missingDevices;
     int openCount = 0;
     int setSourceCount = 0;
     int resumeCount = 0;
@@ -68,6 +81,26 @@ class ManualOutput : public AudioOutput {
     std::deque<float> device_;
     std::vector<float> heard_;
     std::atomic<int64_t> heardCount_ = 0;
+};
+
+/// A list of devices that a test makes up.
+class ManualDevices : public AudioOutputDeviceService {
+  public:
+    void start() override { ++startCount; }
+    const AudioOutputDeviceList& availableDevices() const override { return list_; }
+
+    /// Tells of these devices: UIDs, each of which is its name in small letters. The first is the
+    /// default one. What is posted at that is done when it returns.
+    void tell(const QStringList& names, bool isSettled = true, bool isConnected = true);
+
+    /// Tells that something has changed, and lets nobody act on it yet.
+    void announce() { tellListeners(); }
+
+    int startCount = 0;
+
+  private:
+    AudioOutputDeviceList list_;
+    QSet<QString> seen_;
 };
 
 }  // namespace halvenor::test

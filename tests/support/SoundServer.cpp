@@ -1,7 +1,10 @@
 #include "support/SoundServer.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
 #include <QThread>
 
 #include <cstring>
@@ -45,9 +48,9 @@ QByteArray outputOf(ChildProcess::Setup setup) {
 
 }  // namespace
 
-SoundServer::SoundServer(AudioFormat sinkFormat)
-    : previousServer_(qgetenv("PULSE_SERVER")), format_(sinkFormat) {
-    qputenv("PULSE_SERVER", "unix:" + directory_.path().toUtf8() + "/socket");
+SoundServer::SoundServer(AudioFormat sinkFormat, SoundServerKind kind)
+    : previousServer_(qgetenv("PULSE_SERVER")), format_(sinkFormat), kind_(kind) {
+    qputenv("PULSE_SERVER", QByteArray::fromStdString("unix:" + socket()));
     start();
 }
 
@@ -60,32 +63,95 @@ SoundServer::~SoundServer() {
     }
 }
 
+bool SoundServer::isInstalled(SoundServerKind kind) {
+    const auto isThere = [](const char* program) {
+        return !QStandardPaths::findExecutable(QString::fromLatin1(program)).isEmpty();
+    };
+    return kind == SoundServerKind::pulseAudio
+               ? isThere("pulseaudio")
+               : isThere("pipewire") && isThere("pipewire-pulse") && isThere("wireplumber") &&
+                     isThere("dbus-daemon");
+}
+
+std::string SoundServer::socket() const {
+    return root() + (kind_ == SoundServerKind::pulseAudio ? "/socket" : "/pulse/native");
+}
+
 std::map<std::string, std::string> SoundServer::environment() const {
-    const std::string root = directory_.path().toStdString();
-    return {{"HOME", root},
-            {"XDG_RUNTIME_DIR", root},
-            {"PULSE_RUNTIME_PATH", root + "/pulse"},
-            {"PULSE_STATE_PATH", root + "/state"},
-            {"PULSE_COOKIE", root + "/cookie"},
-            {"PULSE_SERVER", "unix:" + root + "/socket"},
-            {"DBUS_SESSION_BUS_ADDRESS", ""}};
+    const bool hasBus = kind_ == SoundServerKind::pipeWire;
+    return {{"HOME", root()},
+            {"XDG_RUNTIME_DIR", root()},
+            {"XDG_CONFIG_HOME", root() + "/config"},
+            {"XDG_STATE_HOME", root() + "/state"},
+            {"DISPLAY", ""},
+            {"PULSE_RUNTIME_PATH", root() + "/pulse"},
+            {"PULSE_STATE_PATH", root() + "/state"},
+            {"PULSE_COOKIE", root() + "/cookie"},
+            {"PULSE_SERVER", "unix:" + socket()},
+            {"DBUS_SESSION_BUS_ADDRESS", hasBus ? "unix:path=" + root() + "/bus" : ""}};
+}
+
+ChildProcess SoundServer::run(std::vector<std::string> command) const {
+    return ChildProcess({
+        .command = std::move(command),
+        .environment = environment(),
+        .outputFile = root() + "/output",
+    });
 }
 
 void SoundServer::start(AudioFormat sinkFormat) {
     format_ = sinkFormat;
-    const std::string socket = directory_.path().toStdString() + "/socket";
-    process_ =
-        ChildProcess({.command = {"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
-                                  "--use-pid-file=no", "--log-level=error", "--realtime=no",
-                                  "--high-priority=no", "-L",
-                                  "module-native-protocol-unix auth-anonymous=1 socket=" + socket,
-                                  "-L", "module-null-sink " + sinkArguments("main", format_)},
-                      .environment = environment()});
-    waitFor([&] { return pactl({"info"}).contains("Default Sink: main"); });
+    if (kind_ == SoundServerKind::pulseAudio) {
+        startPulseAudio();
+    } else {
+        startPipeWire();
+    }
+    isAnswering_ = waitFor([&] { return pactl({"info"}).contains("Default Sink: main"); });
+}
+
+void SoundServer::startPulseAudio() {
+    process_ = run({"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
+                    "--use-pid-file=no", "--log-level=error", "--realtime=no", "--high-priority=no",
+                    "-L", "module-native-protocol-unix auth-anonymous=1 socket=" + socket(), "-L",
+                    "module-null-sink " + sinkArguments("main", format_)});
+}
+
+void SoundServer::startPipeWire() {
+    QDir(directory_.path()).mkpath(QStringLiteral("config/pipewire/pipewire.conf.d"));
+    QFile settings(
+        directory_.filePath(QStringLiteral("config/pipewire/pipewire.conf.d/test.conf")));
+    if (settings.open(QIODevice::WriteOnly)) {
+        settings.write("context.properties = { default.clock.rate = " +
+                       QByteArray::number(format_.sampleRate) +
+                       " default.clock.allowed-rates = [ 44100 48000 ] }\n"
+                       "context.objects = [ { factory = adapter args = {\n"
+                       "  factory.name = support.null-audio-sink node.name = main\n"
+                       "  node.description = main media.class = Audio/Sink\n"
+                       "  object.linger = true audio.position = [ FL FR ] } } ]\n");
+        settings.close();
+    }
+    const auto isThere = [this](const char* file) {
+        return QFileInfo::exists(directory_.filePath(QString::fromLatin1(file)));
+    };
+    helpers_.push_back(run({"dbus-daemon", "--session", "--nofork", "--nopidfile",
+                            "--address=unix:path=" + root() + "/bus"}));
+    waitFor([&] { return isThere("bus"); });
+    helpers_.push_back(run({"pipewire"}));
+    waitFor([&] { return isThere("pipewire-0"); });
+    helpers_.push_back(run({"wireplumber"}));
+    process_ = run({"pipewire-pulse"});
 }
 
 void SoundServer::kill() {
     process_.kill();
+    while (!helpers_.empty()) {
+        helpers_.pop_back();
+    }
+    // What a crash leaves behind would look like a server that has started.
+    for (const char* left : {"bus", "pipewire-0", "pulse/native"}) {
+        QFile::remove(directory_.filePath(QString::fromLatin1(left)));
+    }
+    isAnswering_ = false;
 }
 
 QByteArray SoundServer::pactl(const std::vector<std::string>& arguments) const {

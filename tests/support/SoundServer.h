@@ -13,21 +13,27 @@
 
 namespace halvenor::test {
 
-/// A private PulseAudio server with one sink ("main", the default) that plays into nothing in real
-/// time and passes every frame to its monitor unchanged.
+enum class SoundServerKind { pulseAudio, pipeWire };
+
+/// A private sound server with one sink ("main", the default) that plays into nothing in real time
+/// and passes every frame to its monitor unchanged: PulseAudio, or PipeWire behind its PulseAudio
+/// server, with a session manager and a bus of their own.
 ///
 /// While it lives, PULSE_SERVER points clients of this process at it. It is started and stopped by
 /// process id, in a temporary runtime directory.
 class SoundServer {
   public:
     /// Starts the server and waits until it answers. isRunning() tells whether it did.
-    explicit SoundServer(AudioFormat sinkFormat = {44100, 2});
+    explicit SoundServer(AudioFormat sinkFormat = {44100, 2},
+                         SoundServerKind kind = SoundServerKind::pulseAudio);
     ~SoundServer();
     SoundServer(const SoundServer&) = delete;
     SoundServer& operator=(const SoundServer&) = delete;
 
-    bool isRunning() { return process_.isRunning(); }
-    pid_t processId() const { return process_.id(); }
+    /// Whether the programs that it takes are installed.
+    static bool isInstalled(SoundServerKind kind);
+
+    bool isRunning() { return isAnswering_ && process_.isRunning(); }
     /// Ends the server as a crash would.
     void kill();
     /// Starts it again after kill(), at the same address; its sink may have another format.
@@ -47,9 +53,19 @@ class SoundServer {
     friend class SoundRecorder;
     std::map<std::string, std::string> environment() const;
 
+    std::string root() const { return directory_.path().toStdString(); }
+    std::string socket() const;
+    ChildProcess run(std::vector<std::string> command) const;
+    void startPulseAudio();
+    void startPipeWire();
+
     QTemporaryDir directory_;
     QByteArray previousServer_;
     AudioFormat format_;
+    SoundServerKind kind_;
+    bool isAnswering_ = false;
+    /// What PipeWire needs beside the server that clients talk to; ended after it, last first.
+    std::vector<ChildProcess> helpers_;
     ChildProcess process_;
 };
 

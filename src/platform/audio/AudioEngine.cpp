@@ -9,12 +9,17 @@ class AudioEngine::Impl {
   public:
     Impl(AudioEngine& owner, std::unique_ptr<AudioOutput> newOutput, PlayerNode::Impl& newNode)
         : engine(owner), output(std::move(newOutput)), node(newNode) {
-        const std::weak_ptr<Impl*> weak = alive;
-        output->onConfigurationChange = [weak] {
-            postToMainThread([weak] {
+        output->onConfigurationChange = posting(&AudioEngine::onConfigurationChange);
+        output->onDeviceLost = posting(&AudioEngine::onDeviceLost);
+    }
+
+    /// Calls a callback of the engine from the main thread.
+    std::function<void()> posting(std::function<void()> AudioEngine::*callback) {
+        return [weak = std::weak_ptr<Impl*>(alive), callback] {
+            postToMainThread([weak, callback] {
                 const auto self = weak.lock();
-                if (self && (*self)->engine.onConfigurationChange) {
-                    (*self)->engine.onConfigurationChange();
+                if (self && (*self)->engine.*callback) {
+                    ((*self)->engine.*callback)();
                 }
             });
         };

@@ -19,7 +19,7 @@ class AudioEngine {
 
     bool isRunning() const;
     /// Opens the output, if it is not open. What the node has scheduled is then decoded ahead.
-    /// @throws Error (unavailable) when there is no sound server; the next call tries again
+    /// @throws what the output's open() throws; the next call tries again
     void start();
     /// Closes the output. The node keeps its schedule, and is paused.
     void stop();
@@ -29,6 +29,8 @@ class AudioEngine {
     /// Called on the main thread, in a turn of its own, when the output can't go on as it was (its
     /// device came back with another format): what is scheduled must be scheduled anew.
     std::function<void()> onConfigurationChange;
+    /// Called likewise when the device that the output was told to use is gone.
+    std::function<void()> onDeviceLost;
 
   private:
     class Impl;

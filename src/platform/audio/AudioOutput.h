@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QString>
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -30,7 +32,8 @@ class AudioOutput {
     virtual ~AudioOutput() = default;
 
     /// Connects and settles the format, which stays until close().
-    /// @throws Error (unavailable) with a sentence for the user
+    /// @throws AudioOutputSelectionError when the device is not there or refuses; Error
+    /// (unavailable) when there is no sound at all. Both carry a sentence for the user
     virtual AudioFormat open() = 0;
     virtual void close() = 0;
     virtual bool isOpen() const = 0;
@@ -53,9 +56,21 @@ class AudioOutput {
     /// once). Stands still while suspended. Any thread; never waits.
     virtual int64_t framesHeard() const = 0;
 
-    /// Called (on a thread of the output's own) when the device has come back in another format
-    /// after it was lost, or is lost for good: the owner opens anew on the main thread.
+    /// Chooses where to sound, by a device's UID (AudioOutputDevices.h); empty is the system's
+    /// default, wherever that goes. Takes effect at the next open(). Outputs that are not devices
+    /// of the system ignore it.
+    virtual void setDevice(const QString& uid) { static_cast<void>(uid); }
+    /// The UID of the device that sounds, as the system tells; empty while none does.
+    virtual QString device() const { return {}; }
+    /// The chosen device is known to be gone, though the output may not have noticed: what may not
+    /// have been heard counts as not heard.
+    virtual void deviceGone() {}
+
+    /// Called (on a thread of the output's own) when the sound has come onto a device of another
+    /// format: the owner opens anew on the main thread.
     std::function<void()> onConfigurationChange;
+    /// Called likewise when the chosen device is gone, though its server is there.
+    std::function<void()> onDeviceLost;
 };
 
 }  // namespace halvenor

@@ -8,8 +8,9 @@
 
 namespace halvenor {
 
-/// The desktop's sound server, on its default sink. Connects at open(). When the server goes away
-/// it is sought again, backing off, and the music goes on where it was.
+/// The desktop's sound server: its default sink, or the one that setDevice() names. Connects at
+/// open(). When the server goes away it is sought again, backing off, and the music goes on where
+/// it was.
 /// @param applicationName what the server's mixer shows
 std::unique_ptr<AudioOutput> makeSystemOutput(const QString& applicationName);
 

@@ -47,7 +47,6 @@ PulseConnection::PulseConnection(QByteArray applicationName, Listener listener)
 PulseConnection::~PulseConnection() {
     {
         const PulseLock lock(loop_);
-        retry_.stop();
         drop();
     }
     pulse::pa_threaded_mainloop_stop(loop_);
@@ -55,6 +54,7 @@ PulseConnection::~PulseConnection() {
 }
 
 void PulseConnection::drop() {
+    retry_.stop();
     if (context_) {
         pulse::pa_context_set_state_callback(context_, nullptr, nullptr);
         pulse::pa_context_disconnect(context_);
@@ -63,7 +63,6 @@ void PulseConnection::drop() {
 }
 
 void PulseConnection::connect() {
-    retry_.stop();
     drop();
     context_ = pulse::pa_context_new(api(), applicationName_.constData());
     pulse::pa_context_set_state_callback(
@@ -72,11 +71,14 @@ void PulseConnection::connect() {
         this);
     // No server of our own making: a desktop's starts by itself, and none is an answer too.
     if (pulse::pa_context_connect(context_, nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0) {
-        fail();
+        listener_.failed();
     }
 }
 
 void PulseConnection::connectLater() {
+    if (retry_.isActive()) {
+        return;  // A stream and its connection tell of one loss each.
+    }
     // The old context lives until then: it may be in the middle of telling that it failed.
     retry_.start(loop_, context_, patience_, [this] { connect(); });
     patience_ = std::min(patience_ * 2, longestPatience);
@@ -85,35 +87,15 @@ void PulseConnection::connectLater() {
 void PulseConnection::contextChanged() {
     switch (pulse::pa_context_get_state(context_)) {
         case PA_CONTEXT_READY:
-            askForDefaultSink();
+            listener_.ready();
             break;
         case PA_CONTEXT_FAILED:
         case PA_CONTEXT_TERMINATED:
-            fail();
+            listener_.failed();
             break;
         default:
             break;
     }
-}
-
-void PulseConnection::askForDefaultSink() {
-    release(pulse::pa_context_get_sink_info_by_name(
-        context_, "@DEFAULT_SINK@",
-        [](pa_context*, const pa_sink_info* sink, int end, void* user) {
-            auto* self = static_cast<PulseConnection*>(user);
-            if (end < 0) {
-                self->fail();
-            } else if (sink) {
-                self->listener_.ready(
-                    {.sampleRate = static_cast<int>(sink->sample_spec.rate),
-                     .channels = std::clamp<int>(sink->sample_spec.channels, 1, 8)});
-            }
-        },
-        this));
-}
-
-void PulseConnection::fail() {
-    listener_.failed();
 }
 
 }  // namespace halvenor

@@ -7,7 +7,6 @@
 #include <memory>
 
 #include "platform/audio/linux/Pulse.h"
-#include "platform/decode/AudioFormat.h"
 
 namespace halvenor {
 
@@ -52,8 +51,7 @@ class PulseConnection {
   public:
     /// What happens, told on the mainloop's thread.
     struct Listener {
-        /// Connected; the default sink has this format.
-        std::function<void(AudioFormat)> ready;
+        std::function<void()> ready;
         /// The attempt or the connection has failed. The listener decides whether to try again.
         std::function<void()> failed;
     };
@@ -74,6 +72,7 @@ class PulseConnection {
     void connectLater();
     /// The connection has proved good: the next search begins with the shortest time again.
     void resetPatience() { patience_ = shortestPatience; }
+    /// Ends the connection and the search for it; nothing is told of any more.
     void drop();
 
   private:
@@ -81,8 +80,6 @@ class PulseConnection {
     static constexpr std::chrono::milliseconds longestPatience{5000};
 
     void contextChanged();
-    void askForDefaultSink();
-    void fail();
 
     QByteArray applicationName_;
     Listener listener_;

@@ -24,6 +24,12 @@ constexpr int64_t bufferMilliseconds = 2 * requestMilliseconds + deviceMilliseco
 
 constexpr milliseconds openingTimeout(2000);
 
+/// How far behind the last frame heard the music goes on after a loss. How late the server tells of
+/// it is not known; a frame that comes twice is better than one that never comes. PipeWire tells
+/// nothing of its device, and takes some of its cycles until it tells of an end.
+constexpr int64_t doubtMilliseconds = 10;
+constexpr int64_t pipeWireDoubtMilliseconds = 60;
+
 pa_buffer_attr bufferAttributes(AudioFormat format) {
     const auto bytes = [&](int64_t duration) {
         return static_cast<uint32_t>(duration * format.sampleRate / 1000 * format.channels *
@@ -55,11 +61,11 @@ AudioFormat PulseOutput::open() {
     }
     pulse::load();
     phase_ = Phase::opening;
+    missingSince_.reset();
     isResumed_ = false;
     connection_ = std::make_unique<PulseConnection>(
-        applicationName_,
-        PulseConnection::Listener{.ready = [this](AudioFormat sink) { connected(sink); },
-                                  .failed = [this] { lost(); }});
+        applicationName_, PulseConnection::Listener{.ready = [this] { askForChosenSink(); },
+                                                    .failed = [this] { lost(Failure::noServer); }});
     wakeDescriptor_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     {
         const PulseLock lock(connection_->loop());
@@ -73,7 +79,7 @@ AudioFormat PulseOutput::open() {
     }
     if (phase_ != Phase::open) {
         close();
-        throw Error(ErrorKind::unavailable, QStringLiteral("No sound server is running."));
+        throwFailure();
     }
     return format_;
 }
@@ -81,10 +87,8 @@ AudioFormat PulseOutput::open() {
 void PulseOutput::waitForFirstConnection() {
     PulseTimer timeout;
     connection_->connect();
-    timeout.start(connection_->loop(), connection_->context(), openingTimeout, [this] {
-        phase_ = Phase::failed;
-        pulse::pa_threaded_mainloop_signal(connection_->loop(), 0);
-    });
+    timeout.start(connection_->loop(), connection_->context(), openingTimeout,
+                  [this] { lost(Failure::noServer); });
     while (phase_ == Phase::opening) {
         pulse::pa_threaded_mainloop_wait(connection_->loop());
     }
@@ -105,18 +109,6 @@ void PulseOutput::close() {
     ::close(std::exchange(wakeDescriptor_, -1));
 }
 
-void PulseOutput::connected(AudioFormat sinkFormat) {
-    if (phase_ == Phase::opening) {
-        format_ = sinkFormat;
-        clock_.reset(format_.sampleRate);
-        given_ = 0;
-    } else if (sinkFormat != format_ && onConfigurationChange) {
-        // The server converts until the owner has opened anew.
-        onConfigurationChange();
-    }
-    connectStream();
-}
-
 void PulseOutput::connectStream() {
     dropStream();
     pa_sample_spec spec{};
@@ -131,7 +123,7 @@ void PulseOutput::connectStream() {
         connection_->context(), applicationName_.constData(), &spec, &map, properties);
     pulse::pa_proplist_free(properties);
     if (!stream_) {
-        lost();
+        lost(Failure::refused);
         return;
     }
     pulse::pa_stream_set_state_callback(
@@ -152,7 +144,8 @@ void PulseOutput::connectStream() {
         static_cast<PulseOutput*>(user)->askForTiming();
     };
     pulse::pa_stream_set_started_callback(stream_, ask, this);
-    pulse::pa_stream_set_moved_callback(stream_, ask, this);
+    pulse::pa_stream_set_moved_callback(
+        stream_, [](pa_stream*, void* user) { static_cast<PulseOutput*>(user)->moved(); }, this);
     pulse::pa_stream_set_suspended_callback(
         stream_,
         [](pa_stream* stream, void* user) {
@@ -168,9 +161,12 @@ void PulseOutput::connectStream() {
     isUnderrun_ = false;
     pendingFlushes_ = 0;
     framesRead_.reset();
-    if (pulse::pa_stream_connect_playback(stream_, nullptr, &attributes, PA_STREAM_START_CORKED,
-                                          nullptr, nullptr) < 0) {
-        lost();
+    const bool isChosen = !device_.isEmpty();
+    const auto flags = static_cast<pa_stream_flags_t>(
+        PA_STREAM_START_CORKED | (isChosen ? PA_STREAM_DONT_MOVE : PA_STREAM_NOFLAGS));
+    if (pulse::pa_stream_connect_playback(stream_, isChosen ? device_.constData() : nullptr,
+                                          &attributes, flags, nullptr, nullptr) < 0) {
+        lost(Failure::refused);
     }
 }
 
@@ -181,6 +177,7 @@ bool PulseOutput::isStreamReady() const {
 void PulseOutput::streamChanged() {
     switch (pulse::pa_stream_get_state(stream_)) {
         case PA_STREAM_READY:
+            sinkName_ = pulse::pa_stream_get_device_name(stream_);
             connection_->resetPatience();
             if (phase_ == Phase::opening) {
                 phase_ = Phase::open;
@@ -191,26 +188,40 @@ void PulseOutput::streamChanged() {
             break;
         case PA_STREAM_FAILED:
         case PA_STREAM_TERMINATED:
-            lost();
+            lost(Failure::refused);
             break;
         default:
             break;
     }
 }
 
-void PulseOutput::lost() {
+void PulseOutput::lost(Failure why) {
     if (phase_ != Phase::open) {
         phase_ = Phase::failed;
+        failure_ = why;
+        refusal_ = pulse::pa_context_errno(connection_->context());
         pulse::pa_threaded_mainloop_signal(connection_->loop(), 0);
         return;
     }
+    if (why == Failure::noServer) {
+        missingSince_.reset();
+    }
+    takeBackUnheard();
+    connection_->connectLater();
+}
+
+/// The source gives again what was not heard, and what may not have been.
+void PulseOutput::takeBackUnheard() {
     const Time now = steady_clock::now();
+    const bool wasRunning = clock_.isRunning();
     clock_.stand(now);
     if (source_) {
-        given_ -= source_->rewind(given_ - clock_.heard(now));
+        const int64_t doubt = (isPipeWire_ ? pipeWireDoubtMilliseconds : doubtMilliseconds) *
+                              format_.sampleRate / 1000;
+        const int64_t heard = std::max<int64_t>(clock_.heard(now) - (wasRunning ? doubt : 0), 0);
+        given_ -= source_->rewind(given_ - heard);
         clock_.setGiven(given_);
     }
-    connection_->connectLater();
 }
 
 void PulseOutput::dropStream() {
@@ -240,6 +251,11 @@ void PulseOutput::setSource(std::shared_ptr<RenderSource> source) {
     clock_.reset(format_.sampleRate);
     isIdle_ = false;
     isRerenderWanted_ = false;
+    startEmpty();
+}
+
+/// Throws away what the server holds, and fills its buffer from the source as it stands.
+void PulseOutput::startEmpty() {
     framesRead_.reset();
     forgetPadding();
     if (isStreamReady()) {

@@ -11,7 +11,12 @@
 
 namespace halvenor {
 
-/// The sound server's default sink, through libpulse (PulseAudio and PipeWire alike).
+/// A sink of the sound server, through libpulse (PulseAudio and PipeWire alike).
+///
+/// A stream for no sink in particular is put on the default one by the server, and moved when the
+/// default changes or goes away; the user's mixer may move it too. PulseAudio drops some frames in
+/// that, so they are given again from the one that was heard last; PipeWire takes them along. A
+/// stream for a chosen sink stays there, and ends with it.
 ///
 /// One stream for as long as the server lives, in the format of the sink. The server holds about
 /// two seconds and asks for more once a second, so that both sides sleep most of the time. What
@@ -45,16 +50,27 @@ class PulseOutput final : public AudioOutput {
     void rerender() override;
     void wake() override;
     int64_t framesHeard() const override { return clock_.heard(); }
+    void setDevice(const QString& uid) override;
+    QString device() const override;
+    void deviceGone() override;
 
   private:
     using Time = PlaybackClock::Time;
 
+    // Which sink.
+    void askForChosenSink();
+    void noSuchSink();
+    void connected(const pa_sink_info& sink);
+    void moved();
+
     // The connection, and the stream on it.
     void waitForFirstConnection();
-    void connected(AudioFormat sinkFormat);
     void connectStream();
     void streamChanged();
-    void lost();
+    enum class Failure { noServer, noDevice, refused };
+    void lost(Failure why);
+    [[noreturn]] void throwFailure() const;
+    void takeBackUnheard();
     void dropStream();
     bool isStreamReady() const;
 
@@ -72,6 +88,7 @@ class PulseOutput final : public AudioOutput {
     void updateCork();
     void askForTiming();
     void timingArrived();
+    void startEmpty();
     void flush();
     int64_t framesReadAt(Time now) const;
     int64_t framesWithoutPadding(int64_t written) const;
@@ -82,6 +99,17 @@ class PulseOutput final : public AudioOutput {
     std::unique_ptr<PulseConnection> connection_;
     AudioFormat format_;
     enum class Phase { opening, open, failed } phase_ = Phase::opening;
+    /// Why an opening failed, with the server's number where it refused.
+    Failure failure_ = Failure::noServer;
+    int refusal_ = 0;
+
+    /// The chosen sink's name, or empty; and that of the one the stream is on.
+    QByteArray device_;
+    QByteArray sinkName_;
+    /// The server is PipeWire's.
+    bool isPipeWire_ = false;
+    /// Since when the server has been there without the chosen sink.
+    std::optional<Time> missingSince_;
 
     pa_stream* stream_ = nullptr;
     std::shared_ptr<RenderSource> source_;
