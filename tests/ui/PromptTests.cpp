@@ -108,7 +108,7 @@ TEST_F(Prompts, serveTheStateWhileTheWindowIsThere) {
     const test::TemporaryFolder music;
     prompts.reset();
     window.reset();
-    window = std::make_unique<MainWindow>(*state);
+    window = std::make_unique<MainWindow>(*state, preferences);
     window->show();
     clickButton("Add Folder…");
     auto* dialog = window->findChild<QFileDialog*>();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QContextMenuEvent>
@@ -13,6 +14,7 @@
 #include <memory>
 #include <stdexcept>
 
+#include "platform/appearance/DesktopPreferences.h"
 #include "support/EventLoop.h"
 #include "ui/ExampleLibrary.h"
 #include "ui/mainwindow/MainWindow.h"
@@ -41,7 +43,7 @@ class WindowFixture : public testing::Test {
   protected:
     WindowFixture() : state(makeState(FileUrl(home.path().toUtf8() + "/settings.json"))) {
         installTheme(*state, *qApp);
-        window = std::make_unique<MainWindow>(*state);
+        window = std::make_unique<MainWindow>(*state, preferences);
         window->show();
         QApplication::setActiveWindow(window.get());
         EXPECT_TRUE(QTest::qWaitForWindowExposed(window.get()));
@@ -88,6 +90,7 @@ class WindowFixture : public testing::Test {
     }
 
     QTemporaryDir home;
+    DesktopPreferences preferences;
     std::unique_ptr<AppState> state;
     std::unique_ptr<MainWindow> window;
 };

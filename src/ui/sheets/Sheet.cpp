@@ -1,7 +1,5 @@
 #include "ui/sheets/Sheet.h"
 
-#include <QAccessible>
-#include <QKeyEvent>
 #include <QPainter>
 #include <QStyle>
 
@@ -43,11 +41,7 @@ struct Sheet::Places {
     QRect buttons;
 };
 
-Sheet::Sheet(QWidget* window) : QWidget(window) {
-    window->installEventFilter(this);
-    setGeometry(window->rect());
-    hide();
-}
+Sheet::Sheet(QWidget* window) : Overlay(window) {}
 
 void Sheet::setText(const QString& symbol, const QString& title, const QString& message) {
     symbol_ = symbol;
@@ -68,35 +62,6 @@ TextButton* Sheet::addButton(const QString& label, std::function<void()> action)
 
 void Sheet::setField(QWidget* field) {
     field_ = field;
-}
-
-void Sheet::open(QWidget* first) {
-    if (isHidden()) {
-        focusBefore_ = window()->focusWidget();
-    }
-    layOut();
-    show();
-    raise();
-    first->setFocus(Qt::PopupFocusReason);
-    QAccessibleEvent event(this, QAccessible::Alert);
-    QAccessible::updateAccessibility(&event);
-}
-
-void Sheet::close() {
-    giveFocusBack();
-    hide();
-}
-
-void Sheet::giveFocusBack() {
-    QWidget* present = window()->focusWidget();
-    if (!isAncestorOf(present)) {
-        return;
-    }
-    if (focusBefore_ != nullptr && focusBefore_->isVisible()) {
-        focusBefore_->setFocus(Qt::OtherFocusReason);
-    } else {
-        present->clearFocus();
-    }
 }
 
 Sheet::Places Sheet::places() const {
@@ -130,7 +95,11 @@ Sheet::Places Sheet::places() const {
     return places;
 }
 
-void Sheet::layOut() {
+QRect Sheet::cardRect() const {
+    return places().card;
+}
+
+void Sheet::layOutCard() {
     const Places where = places();
     if (field_ != nullptr) {
         field_->setGeometry(where.field);
@@ -147,66 +116,13 @@ void Sheet::layOut() {
     update();
 }
 
-void Sheet::resizeEvent(QResizeEvent*) {
-    if (isVisible()) {
-        layOut();
-    }
-}
-
-bool Sheet::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == parentWidget() && event->type() == QEvent::Resize) {
-        setGeometry(parentWidget()->rect());
-    }
-    return QWidget::eventFilter(watched, event);
-}
-
-void Sheet::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.fillRect(rect(), QColor(0, 0, 0, HalvenorTheme::isLight() ? 70 : 140));
-    painter.setRenderHint(QPainter::Antialiasing);
+void Sheet::paintCard(QPainter& painter) {
     const Places where = places();
-    painter.setPen(Qt::NoPen);
-    for (int spread = 12; spread > 0; spread -= 3) {
-        painter.setBrush(QColor(0, 0, 0, 12));
-        painter.drawRoundedRect(
-            QRectF(where.card).adjusted(-spread, 4 - spread, spread, 4 + spread), 12 + spread,
-            12 + spread);
-    }
-    painter.setPen(HalvenorTheme::hairline());
-    painter.setBrush(
-        HalvenorTheme::blend(QColor(255, 255, 255, HalvenorTheme::isLight() ? 190 : 12),
-                             HalvenorTheme::windowBackdrop()));
-    painter.drawRoundedRect(QRectF(where.card).adjusted(0.5, 0.5, -0.5, -0.5), 12, 12);
     if (!symbol_.isEmpty()) {
         Symbols::draw(painter, symbol_, 22, where.symbolCentre, HalvenorTheme::accent());
     }
     drawWrapped(painter, where.title, titleFont(), HalvenorTheme::highlightText(), title_);
     drawWrapped(painter, where.message, messageFont(), HalvenorTheme::secondaryText(), message_);
-}
-
-void Sheet::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape) {
-        cancel();
-    }
-}
-
-// What lies beneath can't be reached through the sheet.
-void Sheet::mousePressEvent(QMouseEvent*) {}
-
-bool Sheet::focusNextPrevChild(bool next) {
-    std::vector<QWidget*> stops(buttons_.begin(), buttons_.end());
-    if (field_ != nullptr) {
-        stops.insert(stops.begin(), field_);
-    }
-    if (stops.empty()) {
-        return false;
-    }
-    const auto count = static_cast<qsizetype>(stops.size());
-    const auto here = std::ranges::find(stops, window()->focusWidget()) - stops.begin();
-    const qsizetype start = here == count ? (next ? -1 : 0) : here;
-    stops[static_cast<size_t>((start + (next ? 1 : count - 1)) % count)]->setFocus(
-        next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
-    return true;
 }
 
 }  // namespace halvenor

@@ -183,6 +183,10 @@ QColor HalvenorTheme::folderTint() {
     return isLight() ? black : waveBlue;
 }
 
+QColor HalvenorTheme::cardSurface() {
+    return blend(isLight() ? grey(1, 0.75F) : grey(1, 0.047F), windowBackdrop());
+}
+
 QColor HalvenorTheme::rowHover() {
     return isLight() ? QColor(grey(0, 0.04F)) : itemHoverBackground();
 }

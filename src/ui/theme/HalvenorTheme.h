@@ -69,6 +69,8 @@ class HalvenorTheme {
     static QColor hoverTint();
     /// The folder icons of the sidebar.
     static QColor folderTint();
+    /// The card of a sheet. Opaque.
+    static QColor cardSurface();
     /// A row under the pointer. On light, where a breath of white can't be seen, one of black.
     static QColor rowHover();
     /// Fine lines and borders on a pane: the text colour, faint.

@@ -59,8 +59,7 @@ DesktopPreferences::Portal::~Portal() = default;
 
 void DesktopPreferences::Portal::connected(QDBusConnection& bus) {
     bus.connect(text(portalName), text(portalPath), text(settingsInterface),
-                QStringLiteral("SettingChanged"), this,
-                SLOT(settingChanged(QString, QString, QDBusVariant)));
+                QStringLiteral("SettingChanged"), this, SLOT(settingChanged(QDBusMessage)));
     for (const Setting& setting : settings) {
         read(bus, text(setting.group), text(setting.key));
     }
@@ -81,9 +80,9 @@ void DesktopPreferences::Portal::read(QDBusConnection& bus, const QString& group
     });
 }
 
-void DesktopPreferences::Portal::settingChanged(const QString& group, const QString& key,
-                                                const QDBusVariant& value) {
-    take(group, key, value.variant());
+void DesktopPreferences::Portal::settingChanged(const QDBusMessage& signal) {
+    const QVariantList arguments = signal.arguments();
+    take(arguments.value(0).toString(), arguments.value(1).toString(), arguments.value(2));
 }
 
 void DesktopPreferences::Portal::take(const QString& group, const QString& key,

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QDBusConnection>
-#include <QDBusVariant>
+#include <QDBusMessage>
 #include <QObject>
 
 #include <chrono>
@@ -26,7 +26,7 @@ class DesktopPreferences::Portal final : public QObject {
     void start(std::chrono::milliseconds delay) { bus_.start(delay); }
 
   private Q_SLOTS:
-    void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+    void settingChanged(const QDBusMessage& signal);
 
   private:
     void connected(QDBusConnection& bus);
