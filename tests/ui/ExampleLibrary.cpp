@@ -4,6 +4,9 @@
 #include <QImage>
 #include <QPainter>
 
+#include <algorithm>
+#include <cmath>
+
 #include "platform/audio/Outputs.h"
 
 namespace halvenor::test {
@@ -69,6 +72,7 @@ FolderList addRoots(AppState& state, const QList<QByteArray>& names) {
     }
     state.rootFolders = roots;
     for (const FolderItem& root : roots) {
+        state.availableLocationPaths.mutate([&](auto& paths) { paths.insert(root.id()); });
         addFolders(state, root, {});
     }
     return roots;
@@ -141,6 +145,14 @@ void fillWithExample(AppState& state) {
     engine.currentTime = 71;
     engine.isPlaying = true;
     engine.volume = 0.7F;
+    QList<float> peaks;
+    for (int i = 0; i < 160; ++i) {
+        const double swell = 0.5 + 0.28 * std::sin(i * 0.045) + 0.16 * std::sin(i * 0.21);
+        const double noise = std::sin(i * 12.9898) * 43758.5453;
+        const double grain = 0.5 + 0.5 * (noise - std::floor(noise));
+        peaks.append(static_cast<float>(std::clamp(swell * grain + 0.06, 0.08, 1.0)));
+    }
+    state.waveformPeaks = peaks;
     TrackList history;
     history.append(tracks[1]);
     history.append(tracks[0]);

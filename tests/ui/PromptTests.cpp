@@ -110,7 +110,7 @@ TEST_F(Prompts, serveTheStateWhileTheWindowIsThere) {
     window.reset();
     window = std::make_unique<MainWindow>(*state, preferences);
     window->show();
-    clickButton("Add Folder…");
+    clickButton("Drop music folder here or click here to browse");
     auto* dialog = window->findChild<QFileDialog*>();
     ASSERT_NE(dialog, nullptr);
     press(*dialog, 58, Qt::Key_M);

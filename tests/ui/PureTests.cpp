@@ -6,11 +6,14 @@
 #include "ui/ExampleLibrary.h"
 #include "ui/controls/ThinSliderGeometry.h"
 #include "ui/controls/TimeFormat.h"
+#include "ui/covermode/CoverModeLayout.h"
 #include "ui/mainwindow/KeyMap.h"
 #include "ui/mainwindow/SplitRule.h"
 #include "ui/sidebar/FolderRowParts.h"
 #include "ui/sidebar/FolderTreeRows.h"
 #include "ui/tracklist/AlbumSummary.h"
+#include "ui/waveform/AnimationClock.h"
+#include "ui/waveform/EnvelopePath.h"
 
 namespace halvenor {
 namespace {
@@ -94,10 +97,72 @@ TEST(KeyMap, actsOnPlacesAndLeavesModifiedKeysAlone) {
         {0, Qt::Key_Period, Qt::NoModifier, WindowAction::playNext},  // no scan code known
         {0, Qt::Key_X, Qt::NoModifier, std::nullopt},
         {113, Qt::Key_Left, Qt::NoModifier, std::nullopt},
+        {54, Qt::Key_C, Qt::ShiftModifier, WindowAction::toggleCoverMode},
+        {54, Qt::Key_C, Qt::ControlModifier, std::nullopt},
+        {76, Qt::Key_F10, Qt::NoModifier, WindowAction::showSettings},
+        {76, Qt::Key_F10, Qt::ControlModifier | Qt::AltModifier, WindowAction::showSettings},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(windowAction(c.scan, c.key, c.modifiers), c.action) << c.scan << " " << c.key;
     }
+}
+
+// ---- Cover Mode
+// ----------------------------------------------------------------------------------
+
+TEST(CoverModeLayout, stepsWhereTheDesignSteps) {
+    struct Case {
+        QSizeF window;
+        double gutter, column, pane, side, timeline;
+    };
+    const Case cases[] = {
+        {{600, 500}, 30, 260, 360, 324, 260},   // the column has a least width
+        {{1100, 700}, 55, 385, 660, 500, 385},  //
+        {{1280, 300}, 64, 448, 768, 270, 448},  // low: the height decides
+        {{1399, 900}, 69.95, 489.65, 839.4, 500, 465.1675},
+        {{1400, 900}, 112, 448, 840, 500, 403.2},
+        {{2000, 1000}, 160, 640, 1200, 500, 576},
+    };
+    for (const Case& c : cases) {
+        const CoverModeLayout layout(c.window);
+        EXPECT_NEAR(layout.gutter, c.gutter, 1e-9) << c.window.width();
+        EXPECT_NEAR(layout.column, c.column, 1e-9) << c.window.width();
+        EXPECT_NEAR(layout.pane, c.pane, 1e-9) << c.window.width();
+        EXPECT_NEAR(layout.coverSide, c.side, 1e-9) << c.window.width();
+        EXPECT_NEAR(layout.timelineWidth, c.timeline, 1e-9) << c.window.width();
+        EXPECT_NEAR(layout.volumeWidth, c.column / 4, 1e-9) << c.window.width();
+    }
+}
+
+// ---- Waveform
+// ------------------------------------------------------------------------------------
+
+TEST(EnvelopePath, isMirroredAndNowhereThin) {
+    EXPECT_TRUE(envelopePath({}, 100, 40).isEmpty());
+    EXPECT_TRUE(envelopePath({1}, 100, 40).isEmpty());
+    const QPainterPath path = envelopePath({1.0F, 0.08F, 0.5F}, 100, 40);
+    ASSERT_EQ(path.elementCount(), 8);
+    const QPointF expected[] = {{0, 20},     {0, 1},   {50, 18}, {100, 10.5},
+                                {100, 29.5}, {50, 22}, {0, 39},  {0, 20}};
+    for (int i = 0; i < 8; ++i) {
+        EXPECT_NEAR(path.elementAt(i).x, expected[i].x(), 1e-6) << i;
+        EXPECT_NEAR(path.elementAt(i).y, expected[i].y(), 1e-6) << i;
+    }
+}
+
+TEST(AnimationClock, standsWhileItShouldNotRunAndGoesOnFromThere) {
+    using namespace std::chrono_literals;
+    const AnimationClock::TimePoint start;
+    AnimationClock clock;
+    EXPECT_EQ(clock.elapsed(start + 5s), 0);
+    clock.update(true, start + 5s);
+    clock.update(true, start + 6s);
+    EXPECT_EQ(clock.elapsed(start + 7s), 2);
+    clock.update(false, start + 8s);
+    clock.update(false, start + 9s);
+    EXPECT_EQ(clock.elapsed(start + 20s), 3);
+    clock.update(true, start + 30s);
+    EXPECT_EQ(clock.elapsed(start + 31s), 4);
 }
 
 // ---- Folder tree

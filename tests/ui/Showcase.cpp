@@ -14,6 +14,7 @@
 #include "ui/ExampleLibrary.h"
 #include "ui/mainwindow/MainWindow.h"
 #include "ui/mainwindow/WindowPrompts.h"
+#include "ui/settings/SettingsView.h"
 #include "ui/sheets/ConfirmSheet.h"
 #include "ui/sidebar/FolderTreeView.h"
 #include "ui/sidebar/SidebarView.h"
@@ -75,6 +76,39 @@ void showPlaylists(AppState& state, MainWindow& window, const QString& place) {
     clickNamed(window, "Folders");
 }
 
+// No disk holds the example: what looks for it has found that out.
+void markAvailable(AppState& state) {
+    QTest::qWait(100);
+    QSet<QByteArray> roots;
+    for (const FolderItem& root : *state.rootFolders) {
+        roots.insert(root.id());
+    }
+    state.availableLocationPaths = roots;
+}
+
+void showSettings(AppState& state, MainWindow& window, const QString& place) {
+    state.isSettingsPresented = true;
+    for (const SettingsTab tab : allSettingsTabs) {
+        window.settings()->selectTab(tab);
+        save(window, place.arg(QStringLiteral("settings-") + rawValue(tab).toLower()));
+    }
+    state.isSettingsPresented = false;
+}
+
+void showCoverMode(AppState& state, MainWindow& window, const QString& place) {
+    state.isCoverModePresented = true;
+    QTest::qWait(50);
+    window.setFixedSize(1440, 900);
+    save(window, place.arg(QStringLiteral("cover-mode")));
+    state.useLiquidTitanWaveform = true;
+    save(window, place.arg(QStringLiteral("cover-mode-liquid")));
+    state.isCoverModePresented = false;
+    QTest::qWait(50);
+    window.setFixedSize(1100, 700);
+    save(window, place.arg(QStringLiteral("window-liquid")));
+    state.useLiquidTitanWaveform = false;
+}
+
 void showConfirmation(MainWindow& window, const QString& file) {
     auto* sheet = new ConfirmSheet(
         &window,
@@ -115,8 +149,12 @@ int main(int argc, char** argv) {
     save(window, folder + QStringLiteral("/empty.png"));
     test::fillWithExample(*state);
     fillPlaylists(*state);
+    state->libraryFolders = std::vector<FileUrl>{
+        FileUrl("/music/Music"), FileUrl("/music/Concerts"),
+        FileUrl("/media/ana/A very long name of a disk that was given by somebody/Vinyl Rips")};
     for (const AppTheme theme : allThemes) {
         state->selectedTheme = theme;
+        markAvailable(*state);
         const QString name = rawValue(theme).toLower().replace(QLatin1Char(' '), QLatin1Char('-'));
         save(window, QStringLiteral("%1/window-%2.png").arg(folder, name));
         const QString place = QStringLiteral("%1/%3-%2.png").arg(folder, name);
@@ -124,9 +162,11 @@ int main(int argc, char** argv) {
         showConfirmation(window, place.arg(QStringLiteral("confirm")));
         showMenu(window.trackList().list(), 3, place.arg(QStringLiteral("track-menu")));
         showMenu(window.sidebar().tree(), 1, place.arg(QStringLiteral("folder-menu")));
-        window.toggleHistory();
+        state->isPlaybackQueuePresented = true;
         save(window, QStringLiteral("%1/history-%2.png").arg(folder, name));
-        window.toggleHistory();
+        state->isPlaybackQueuePresented = false;
+        showSettings(*state, window, place);
+        showCoverMode(*state, window, place);
         state->playbackErrorMessage =
             QStringLiteral("The file “Harbour Bells.flac” can't be read: it ends too soon.");
         save(window, QStringLiteral("%1/error-%2.png").arg(folder, name));
@@ -158,7 +198,7 @@ int main(int argc, char** argv) {
     }
     state->playbackQueue = TrackList();
     state->selectedFolder = state->rootFolders->front();
-    window.resize(920, 620);
+    window.setFixedSize(920, 620);
     save(window, folder + QStringLiteral("/search-least-size.png"));
     return 0;
 }

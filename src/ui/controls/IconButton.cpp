@@ -42,16 +42,21 @@ void IconButton::setActive(bool isActive) {
     }
 }
 
+void IconButton::setSurround(Surround surround) {
+    surround_ = surround;
+    update();
+}
+
 QColor IconButton::tint() const {
+    Tints tints = tintsOf(surround_);
     if (!isEnabled()) {
-        QColor faint = HalvenorTheme::neutralTint();
-        faint.setAlphaF(0.35F);
-        return faint;
+        tints.neutral.setAlphaF(0.35F);
+        return tints.neutral;
     }
     if (underMouse()) {
-        return HalvenorTheme::hoverTint();
+        return tints.hover;
     }
-    return isActive_ ? HalvenorTheme::buttonActive() : HalvenorTheme::neutralTint();
+    return isActive_ ? tints.active : tints.neutral;
 }
 
 void IconButton::paintEvent(QPaintEvent*) {

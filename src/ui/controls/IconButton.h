@@ -5,6 +5,8 @@
 
 #include <functional>
 
+#include "ui/controls/Surround.h"
+
 namespace halvenor {
 
 /// A button that is a symbol: tinted, lit while the pointer is over it, with a hit area larger than
@@ -23,6 +25,7 @@ class IconButton : public QAbstractButton {
     bool isActive() const { return isActive_; }
     /// A soft plate behind the symbol while it is active or under the pointer.
     void setPlate(bool hasPlate) { hasPlate_ = hasPlate; }
+    void setSurround(Surround surround);
     const QString& symbol() const { return symbol_; }
 
     QSize sizeHint() const override;
@@ -37,6 +40,7 @@ class IconButton : public QAbstractButton {
 
     QString symbol_;
     double size_;
+    Surround surround_ = Surround::theme;
     bool isActive_ = false;
     bool hasPlate_ = false;
 };

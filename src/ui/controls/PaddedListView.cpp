@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "ui/controls/Motion.h"
+
 namespace halvenor {
 
 namespace {
@@ -97,7 +99,7 @@ void PaddedListView::scrollToRow(int row, std::chrono::milliseconds duration, An
     if (target == bar->value()) {
         return;
     }
-    scrolling_.setDuration(static_cast<int>(duration.count()));
+    scrolling_.setDuration(Motion::duration(static_cast<int>(duration.count())));
     scrolling_.setStartValue(bar->value());
     scrolling_.setEndValue(target);
     scrolling_.start();

@@ -52,7 +52,8 @@ QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
 
 }  // namespace
 
-ThinSlider::ThinSlider(const QString& accessibleName, QWidget* parent) : QWidget(parent) {
+ThinSlider::ThinSlider(const QString& accessibleName, QWidget* parent, const Metrics& metrics)
+    : QWidget(parent), metrics_(metrics) {
     [[maybe_unused]] static const bool isInstalled =
         (QAccessible::installFactory(&makeAccessible), true);
     setAccessibleName(accessibleName);
@@ -62,7 +63,7 @@ ThinSlider::ThinSlider(const QString& accessibleName, QWidget* parent) : QWidget
 }
 
 ThinSliderGeometry ThinSlider::geometryNow() const {
-    return {static_cast<double>(width()), lower_, upper_};
+    return {static_cast<double>(width()), lower_, upper_, metrics_.knobDiameter};
 }
 
 double ThinSlider::knobCentre() const {
@@ -95,7 +96,7 @@ void ThinSlider::updateKnob() {
     if (knobDevicePixel() == paintedDevicePixel_) {
         return;
     }
-    const double reach = ThinSliderGeometry::knobDiameter / 2 + 2;
+    const double reach = metrics_.knobDiameter / 2 + 2;
     const double centre = knobCentre();
     const int left = static_cast<int>(std::floor(std::min(paintedCentre_, centre) - reach));
     const int right = static_cast<int>(std::ceil(std::max(paintedCentre_, centre) + reach));
@@ -104,6 +105,11 @@ void ThinSlider::updateKnob() {
 
 void ThinSlider::setSurface(std::function<QColor()> surface) {
     surface_ = std::move(surface);
+    update();
+}
+
+void ThinSlider::setSurround(Surround surround) {
+    surround_ = surround;
     update();
 }
 
@@ -120,20 +126,20 @@ void ThinSlider::paintEvent(QPaintEvent* event) {
     painter.setPen(Qt::NoPen);
 
     const double middle = height() / 2.0;
-    const double bar = ThinSliderGeometry::barHeight;
-    const double knob = ThinSliderGeometry::knobDiameter;
+    const double bar = metrics_.barHeight;
+    const double knob = metrics_.knobDiameter;
+    const Tints tints = tintsOf(surround_);
     const double ratio = devicePixelRatioF();
     paintedDevicePixel_ = knobDevicePixel();
     paintedCentre_ = paintedDevicePixel_ / ratio;
 
     const bool isLit = isHovering_ || isDragging_;
     const QRectF track(0, middle - bar / 2, width(), bar);
-    painter.setBrush(HalvenorTheme::isLight() ? QColor(0, 0, 0, 46) : QColor(255, 255, 255, 34));
+    painter.setBrush(tints.track);
     painter.drawRoundedRect(track, bar / 2, bar / 2);
-    painter.setBrush(isLit ? HalvenorTheme::accent() : HalvenorTheme::neutralTint());
+    painter.setBrush(isLit ? tints.accent : tints.neutral);
     painter.drawRoundedRect(QRectF(track.topLeft(), QSizeF(paintedCentre_, bar)), bar / 2, bar / 2);
-    painter.setBrush(isLit || HalvenorTheme::isLight() ? HalvenorTheme::hoverTint()
-                                                       : QColor(200, 200, 200));
+    painter.setBrush(isLit ? tints.hover : tints.knob);
     painter.drawEllipse(QPointF(paintedCentre_, middle), knob / 2, knob / 2);
     paintFocusRing(painter, *this, 4);
 }

@@ -4,6 +4,7 @@
 
 #include <functional>
 
+#include "ui/controls/Surround.h"
 #include "ui/controls/ThinSliderGeometry.h"
 #include "ui/theme/HalvenorTheme.h"
 
@@ -17,7 +18,14 @@ namespace halvenor {
 /// and then only where it was and is.
 class ThinSlider : public QWidget {
   public:
-    ThinSlider(const QString& accessibleName, QWidget* parent);
+    /// How large its parts are, in device-independent pixels.
+    struct Metrics {
+        double knobDiameter;
+        double barHeight;
+    };
+    static constexpr Metrics thin{9.6, 2.4};
+
+    ThinSlider(const QString& accessibleName, QWidget* parent, const Metrics& metrics = thin);
 
     std::function<void(double)> onValueWished;
     /// What assistive technology reads out for the value, a time say. Optional.
@@ -32,6 +40,7 @@ class ThinSlider : public QWidget {
     double upper() const { return upper_; }
     /// The colour of the pane it lies on, which it paints itself.
     void setSurface(std::function<QColor()> surface);
+    void setSurround(Surround surround);
     /// The arrow keys' step, in units of the range.
     void setStep(double step) { step_ = step; }
     /// Wishes for another value, as keys and assistive technology do.
@@ -54,6 +63,8 @@ class ThinSlider : public QWidget {
     int knobDevicePixel() const { return devicePixelAt(value_); }
     void updateKnob();
 
+    Metrics metrics_;
+    Surround surround_ = Surround::theme;
     double lower_ = 0;
     double upper_ = 1;
     double value_ = 0;

@@ -5,12 +5,10 @@ namespace halvenor {
 /// Where a thin slider's parts lie, in device-independent pixels, and what a place on it means.
 /// Pure.
 struct ThinSliderGeometry {
-    static constexpr double knobDiameter = 9.6;
-    static constexpr double barHeight = 2.4;
-
     double width = 0;  ///< of the control
     double lower = 0;
     double upper = 1;
+    double knobDiameter = 9.6;
 
     /// The way that the knob's centre can go; at least 1.
     double usableWidth() const;

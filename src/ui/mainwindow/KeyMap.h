@@ -9,7 +9,9 @@ namespace halvenor {
 
 /// What a bare key does in the main window.
 enum class WindowAction {
+    showSettings,
     toggleHistory,
+    toggleCoverMode,
     revealPlayingFile,
     toggleFavorite,
     playPrevious,
@@ -21,7 +23,8 @@ enum class WindowAction {
 /// The action of a key press, absent where the key has its usual meaning. Pure.
 ///
 /// Keys are places on the keyboard: on a layout with other letters the key in the same place acts.
-/// Shift and Caps Lock do not matter; with Control, Alt or Meta the key is somebody else's.
+/// Shift and Caps Lock do not matter; with Control, Alt or Meta the key is somebody else's, but for
+/// F10, which acts whatever is held.
 /// @param nativeScanCode as X11 counts, the evdev code plus 8; 0 if unknown, and then `key` decides
 /// @param key a Qt::Key
 std::optional<WindowAction> windowAction(quint32 nativeScanCode, int key,

@@ -2,26 +2,24 @@
 
 #include <QIcon>
 #include <QPainter>
-#include <QStyle>
+#include <QShortcut>
 #include <QTimer>
-
-#include <cmath>
+#include <QWindowStateChangeEvent>
 
 #include "platform/appearance/DesktopPreferences.h"
 #include "platform/desktop/FileManager.h"
 #include "state/AppState.h"
+#include "ui/covermode/CoverModeView.h"
 #include "ui/mainwindow/KeyMonitor.h"
-#include "ui/mainwindow/SplitDivider.h"
-#include "ui/mainwindow/SplitRule.h"
+#include "ui/mainwindow/StandardPlayerView.h"
 #include "ui/mainwindow/WindowPrompts.h"
-#include "ui/playerbar/HistoryPanel.h"
 #include "ui/playerbar/PlayerBarView.h"
+#include "ui/settings/SettingsView.h"
 #include "ui/sheets/ErrorSheet.h"
 #include "ui/sidebar/FolderTreeView.h"
 #include "ui/sidebar/SidebarView.h"
 #include "ui/symbols/Symbols.h"
 #include "ui/theme/HalvenorTheme.h"
-#include "ui/tracklist/TrackListPane.h"
 
 namespace halvenor {
 
@@ -40,93 +38,104 @@ QIcon makeApplicationIcon() {
     return icon;
 }
 
+void toggle(Published<bool>& value) {
+    value = !*value;
+}
+
 }  // namespace
 
 MainWindow::MainWindow(AppState& state, DesktopPreferences& preferences)
     : state_(state),
-      sidebar_(new SidebarView(state, this)),
-      trackList_(new TrackListPane(state, this)),
-      divider_(new SplitDivider(this)),
-      playerBar_(new PlayerBarView(state, this)),
-      history_(new HistoryPanel(state, this)),
+      standard_(new StandardPlayerView(state, this)),
       keyMonitor_(new KeyMonitor(this)),
       prompts_(std::make_unique<WindowPrompts>(state, *this)) {
     setWindowTitle(QStringLiteral("Halvenor"));
     setAttribute(Qt::WA_OpaquePaintEvent);
     setMinimumSize(leastSize);
     resize(defaultSize);
-    divider_->setObjectName(QStringLiteral("divider"));
-    divider_->onDragged = [this](double x) { dragDivider(x); };
-    playerBar_->onHistoryToggled = [this] { toggleHistory(); };
     keyMonitor_->onAction = [this](WindowAction action) { perform(action); };
-    subscriptions_.push_back(
-        state_.playbackErrorMessage.subscribe([this](const auto&) { showError(); }));
+    const auto* settingsKey = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma), this);
+    connect(settingsKey, &QShortcut::activated, this,
+            [this] { toggle(state_.isSettingsPresented); });
+    subscribe(preferences);
     showError();
-    subscriptions_.push_back(preferences.appearance.subscribe([this](SystemAppearance appearance) {
-        state_.applySystemColorScheme(appearance);
-    }));
+    showSettings(*state_.isSettingsPresented);
+    if (*state_.isCoverModePresented) {
+        showCoverMode(true);
+    }
     state_.applySystemColorScheme(*preferences.appearance);
 }
 
 MainWindow::~MainWindow() = default;
 
-void MainWindow::layOut() {
-    constexpr auto barHeight = static_cast<int>(HalvenorTheme::playbarHeight);
-    const int upper = height() - barHeight;
-    const int split =
-        static_cast<int>(std::lround(width() * splitFraction(leftPanelFraction_, width())));
-    const auto place = [this](QWidget* widget, const QRect& rect) {
-        widget->setGeometry(QStyle::visualRect(layoutDirection(), this->rect(), rect));
-    };
-    place(sidebar_, {0, 0, split, upper});
-    place(trackList_, {split + 1, 0, width() - split - 1, upper});
-    place(divider_, {split - SplitDivider::hitWidth / 2, 0, SplitDivider::hitWidth, upper});
-    place(playerBar_, {0, upper, width(), barHeight});
-    // It ends above the bar, whose history button must stay within reach.
-    history_->setRestingPlace(QStyle::visualRect(
-        layoutDirection(), rect(),
-        QRect(width() - HistoryPanel::panelWidth, 0, HistoryPanel::panelWidth, upper)));
+SidebarView& MainWindow::sidebar() {
+    return standard_->sidebar();
 }
 
-void MainWindow::dragDivider(double x) {
-    const double leading = layoutDirection() == Qt::RightToLeft ? width() - x : x;
-    leftPanelFraction_ = splitFractionForDrag(leading, width());
-    layOut();
+TrackListPane& MainWindow::trackList() {
+    return standard_->trackList();
 }
 
-void MainWindow::toggleHistory() {
-    history_->setShown(!history_->isShown());
-    playerBar_->setHistoryShown(history_->isShown());
+PlayerBarView& MainWindow::playerBar() {
+    return standard_->playerBar();
+}
+
+HistoryPanel& MainWindow::history() {
+    return standard_->history();
+}
+
+void MainWindow::subscribe(DesktopPreferences& preferences) {
+    subscriptions_.push_back(
+        state_.playbackErrorMessage.subscribe([this](const auto&) { showError(); }));
+    subscriptions_.push_back(state_.isSettingsPresented.subscribe(
+        [this](bool isPresented) { showSettings(isPresented); }));
+    subscriptions_.push_back(state_.isCoverModePresented.subscribe(
+        [this](bool isPresented) { showCoverMode(isPresented); }));
+    subscriptions_.push_back(preferences.appearance.subscribe(
+        [this](SystemAppearance appearance) { state_.applySystemColorScheme(appearance); }));
 }
 
 void MainWindow::perform(WindowAction action) {
-    AudioEngineManager& engine = state_.audioEngine();
     switch (action) {
+        case WindowAction::showSettings:
+            if (!*state_.isSettingsPresented) {
+                state_.isSettingsPresented = true;
+            }
+            break;
         case WindowAction::toggleHistory:
-            toggleHistory();
+            toggle(state_.isPlaybackQueuePresented);
             break;
-        case WindowAction::revealPlayingFile:
-            if (const auto& track = *engine.currentTrack) {
-                revealInFileManager(track->url());
-            }
-            break;
-        case WindowAction::toggleFavorite:
-            if (const auto track = *engine.currentTrack) {
-                state_.toggleFavorite(*track);
-            }
+        case WindowAction::toggleCoverMode:
+            toggle(state_.isCoverModePresented);
             break;
         case WindowAction::playPrevious:
             state_.playPrevious();
             break;
         case WindowAction::toggleMute:
-            engine.toggleMute();
+            state_.audioEngine().toggleMute();
             break;
         case WindowAction::playNext:
             state_.playNext();
             break;
         case WindowAction::togglePlayPause:
-            engine.togglePlayPause();
+            state_.audioEngine().togglePlayPause();
             break;
+        case WindowAction::revealPlayingFile:
+        case WindowAction::toggleFavorite:
+            performOnCurrentTrack(action);
+            break;
+    }
+}
+
+void MainWindow::performOnCurrentTrack(WindowAction action) {
+    const std::optional<Track> track = *state_.audioEngine().currentTrack;
+    if (!track) {
+        return;
+    }
+    if (action == WindowAction::revealPlayingFile) {
+        revealInFileManager(track->url());
+    } else {
+        state_.toggleFavorite(*track);
     }
 }
 
@@ -145,12 +154,52 @@ void MainWindow::showError() {
     }
 }
 
+void MainWindow::showSettings(bool isPresented) {
+    if (isPresented && settings_ == nullptr) {
+        settings_ = new SettingsView(state_, this);
+    }
+    if (settings_ != nullptr) {
+        settings_->setPresented(isPresented);
+    }
+}
+
+void MainWindow::showCoverMode(bool isPresented) {
+    if (isPresented && coverMode_ == nullptr) {
+        coverMode_ = new CoverModeView(state_, this);
+        coverMode_->setGeometry(rect());
+        coverMode_->lower();
+    }
+    const bool isShown = !standard_->isVisibleTo(this);
+    if (isPresented == isShown) {
+        return;
+    }
+    standard_->setVisible(!isPresented);
+    if (coverMode_ != nullptr) {
+        coverMode_->setVisible(isPresented);
+    }
+    QWidget* const first = isPresented ? static_cast<QWidget*>(coverMode_) : &sidebar().tree();
+    first->setFocus(Qt::OtherFocusReason);
+    QMetaObject::invokeMethod(
+        this, [this] { setWindowFullScreen(*state_.isCoverModePresented); }, Qt::QueuedConnection);
+}
+
+// A turn later: the window paints what it now shows first.
+void MainWindow::setWindowFullScreen(bool wanted) {
+    if (isFullScreen() != wanted) {
+        setWindowState(windowState() ^ Qt::WindowFullScreen);
+    }
+}
+
 void MainWindow::paintEvent(QPaintEvent*) {
-    QPainter(this).fillRect(rect(), HalvenorTheme::windowBackdrop());
+    QPainter(this).fillRect(
+        rect(), *state_.isCoverModePresented ? QColor(Qt::black) : HalvenorTheme::windowBackdrop());
 }
 
 void MainWindow::resizeEvent(QResizeEvent*) {
-    layOut();
+    standard_->setGeometry(rect());
+    if (coverMode_ != nullptr) {
+        coverMode_->setGeometry(rect());
+    }
 }
 
 void MainWindow::showEvent(QShowEvent*) {
@@ -158,15 +207,23 @@ void MainWindow::showEvent(QShowEvent*) {
         return;
     }
     hasBeenShown_ = true;
-    sidebar_->tree().setFocus(Qt::OtherFocusReason);
+    sidebar().tree().setFocus(Qt::OtherFocusReason);
     // Rendering the icon can wait until there is something to look at.
     QTimer::singleShot(200ms, this, [this] { setWindowIcon(makeApplicationIcon()); });
 }
 
 void MainWindow::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::WindowStateChange && !isMinimized()) {
-        playerBar_->refreshTime();
+    if (event->type() != QEvent::WindowStateChange) {
+        return;
+    }
+    if (!isMinimized()) {
+        playerBar().refreshTime();
+    }
+    const Qt::WindowStates before = static_cast<QWindowStateChangeEvent*>(event)->oldState();
+    const bool hasLeftFullScreen = (before & Qt::WindowFullScreen) != 0 && !isFullScreen();
+    if (hasLeftFullScreen && !isMinimized() && *state_.isCoverModePresented) {
+        state_.isCoverModePresented = false;
     }
 }
 

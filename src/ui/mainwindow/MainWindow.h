@@ -9,19 +9,21 @@
 namespace halvenor {
 
 class AppState;
+class CoverModeView;
 class DesktopPreferences;
 class ErrorSheet;
 class HistoryPanel;
 class KeyMonitor;
 class PlayerBarView;
+class SettingsView;
 class SidebarView;
-class SplitDivider;
+class StandardPlayerView;
 class TrackListPane;
 class WindowPrompts;
 enum class WindowAction;
 
-/// The main window: the sidebar and the track list above the player bar, the history and errors
-/// over them, and the keyboard of the whole.
+/// The main window: the standard player, or Cover Mode in its place, the sheets over them, and the
+/// keyboard of the whole.
 ///
 /// It shows one AppState, which outlives it, and holds nothing but how it looks: it may be closed
 /// and made again at any time.
@@ -31,11 +33,13 @@ class MainWindow : public QWidget {
     MainWindow(AppState& state, DesktopPreferences& preferences);
     ~MainWindow() override;
 
-    SidebarView& sidebar() { return *sidebar_; }
-    TrackListPane& trackList() { return *trackList_; }
-    PlayerBarView& playerBar() { return *playerBar_; }
-    HistoryPanel& history() { return *history_; }
-    void toggleHistory();
+    SidebarView& sidebar();
+    TrackListPane& trackList();
+    PlayerBarView& playerBar();
+    HistoryPanel& history();
+    /// Null until each was first shown.
+    CoverModeView* coverMode() { return coverMode_; }
+    SettingsView* settings() { return settings_; }
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -44,20 +48,21 @@ class MainWindow : public QWidget {
     void changeEvent(QEvent* event) override;
 
   private:
-    void layOut();
-    void dragDivider(double x);
+    void subscribe(DesktopPreferences& preferences);
     void perform(WindowAction action);
+    void performOnCurrentTrack(WindowAction action);
     void showError();
+    void showSettings(bool isPresented);
+    void showCoverMode(bool isPresented);
+    void setWindowFullScreen(bool isFullScreen);
 
     AppState& state_;
-    SidebarView* sidebar_;
-    TrackListPane* trackList_;
-    SplitDivider* divider_;
-    PlayerBarView* playerBar_;
-    HistoryPanel* history_;
-    ErrorSheet* errorSheet_ = nullptr;  // made with the first error
+    StandardPlayerView* standard_;
+    // Made when they are first shown.
+    CoverModeView* coverMode_ = nullptr;
+    SettingsView* settings_ = nullptr;
+    ErrorSheet* errorSheet_ = nullptr;
     KeyMonitor* keyMonitor_;
-    double leftPanelFraction_ = 0.3;
     bool hasBeenShown_ = false;
     Subscriptions subscriptions_;
     /// The last: what it cancels at the window's end may still be shown by the rest.

@@ -5,6 +5,7 @@
 
 #include "state/AppState.h"
 #include "ui/controls/ElidedText.h"
+#include "ui/controls/Motion.h"
 #include "ui/playerbar/HistoryList.h"
 #include "ui/theme/HalvenorTheme.h"
 
@@ -19,7 +20,6 @@ constexpr int edge = 20;
 HistoryPanel::HistoryPanel(AppState& state, QWidget* parent) : QWidget(parent), state_(state) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAccessibleName(QStringLiteral("History"));
-    sliding_.setDuration(slideTime);
     sliding_.setEasingCurve(QEasingCurve::OutCubic);
     connect(&sliding_, &QVariantAnimation::valueChanged, this, [this](const QVariant& value) {
         inside_ = value.toDouble();
@@ -35,6 +35,7 @@ void HistoryPanel::setShown(bool isShown) {
     }
     isShown_ = isShown;
     sliding_.stop();
+    sliding_.setDuration(Motion::duration(slideTime));
     sliding_.setStartValue(inside_);
     sliding_.setEndValue(isShown ? 1.0 : 0.0);
     if (isShown) {

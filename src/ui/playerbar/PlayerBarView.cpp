@@ -12,9 +12,9 @@
 #include "platform/desktop/FileManager.h"
 #include "state/AppState.h"
 #include "ui/controls/IconButton.h"
+#include "ui/controls/PlaylistMenu.h"
 #include "ui/controls/ThinSlider.h"
-#include "ui/controls/TimeFormat.h"
-#include "ui/playerbar/TimeLabel.h"
+#include "ui/playerbar/TimelineView.h"
 #include "ui/playerbar/TrackSummaryView.h"
 #include "ui/theme/HalvenorTheme.h"
 
@@ -24,13 +24,11 @@ namespace {
 constexpr int edge = 15;
 constexpr int stripHeight = 50;
 constexpr double leftShare = 1 / 3.7;
-constexpr int timelineHeight = 28;
 constexpr int timelineRowLeast = 170;
 constexpr int volumeWidth = 65;
 constexpr int volumeHeight = 16;
 constexpr double smallSymbol = 13;
 constexpr double playSymbol = 26;
-constexpr double seekStep = 5;  // seconds
 }  // namespace
 
 PlayerBarView::PlayerBarView(AppState& state, QWidget* parent)
@@ -40,6 +38,11 @@ PlayerBarView::PlayerBarView(AppState& state, QWidget* parent)
     setAccessibleName(QStringLiteral("Player"));
     summary_->onArtworkClicked = [this] { state_.revealPlayingTrackFolder(); };
     summary_->onTextClicked = [this] { copyTrackInfo(); };
+    summary_->onFavoriteClicked = [this] {
+        if (const auto track = shownTrack()) {
+            state_.toggleFavorite(*track);
+        }
+    };
 
     previous_ = makeButton(QStringLiteral("backward.end.fill"), smallSymbol,
                            QStringLiteral("Previous (,)"), [this] { state_.playPrevious(); });
@@ -47,9 +50,7 @@ PlayerBarView::PlayerBarView(AppState& state, QWidget* parent)
                        [&engine] { engine.togglePlayPause(); });
     next_ = makeButton(QStringLiteral("forward.end.fill"), smallSymbol, QStringLiteral("Next (.)"),
                        [this] { state_.playNext(); });
-    elapsed_ = new TimeLabel(QStringLiteral("Elapsed Time"), Qt::AlignRight, this);
-    timeline_ = new ThinSlider(QStringLiteral("Position"), this);
-    total_ = new TimeLabel(QStringLiteral("Duration"), Qt::AlignLeft, this);
+    timeline_ = new TimelineView(state_, {.surface = &surface}, this);
     shuffle_ = makeButton(QStringLiteral("shuffle"), smallSymbol, QStringLiteral("Shuffle"),
                           [this] { state_.toggleShuffle(); });
     repeat_ = makeButton(QStringLiteral("repeat"), smallSymbol, QStringLiteral("Repeat Off"),
@@ -57,22 +58,17 @@ PlayerBarView::PlayerBarView(AppState& state, QWidget* parent)
     mute_ = makeButton(QStringLiteral("speaker.wave.2.fill"), smallSymbol,
                        QStringLiteral("Toggle mute (m)"), [&engine] { engine.toggleMute(); });
     volume_ = new ThinSlider(QStringLiteral("Volume"), this);
-    history_ = makeButton(QStringLiteral("list.bullet"), smallSymbol, QStringLiteral("History (h)"),
-                          [this] {
-                              if (onHistoryToggled) {
-                                  onHistoryToggled();
-                              }
-                          });
+    coverMode_ =
+        makeButton(QStringLiteral("record.circle"), smallSymbol, QStringLiteral("Cover Mode (c)"),
+                   [this] { state_.isCoverModePresented = true; });
+    history_ =
+        makeButton(QStringLiteral("list.bullet"), smallSymbol, QStringLiteral("History (h)"),
+                   [this] { state_.isPlaybackQueuePresented = !*state_.isPlaybackQueuePresented; });
     menu_ = makeButton(QStringLiteral("ellipsis"), smallSymbol, QStringLiteral("More"),
                        [this] { showMenu(); });
-    wireSliders();
-    timeline_->setSurface(&surface);
-    volume_->setSurface(&surface);
-    elapsed_->setSurface(&surface);
-    total_->setSurface(&surface);
+    wireVolume();
     subscribe();
     refreshTrack();
-    refreshDuration();
     refreshTransport();
     refreshModes();
     refreshVolume();
@@ -85,14 +81,9 @@ IconButton* PlayerBarView::makeButton(const QString& symbol, double size, const 
     return button;
 }
 
-void PlayerBarView::wireSliders() {
+void PlayerBarView::wireVolume() {
     AudioEngineManager& engine = state_.audioEngine();
-    timeline_->setStep(seekStep);
-    timeline_->describeValue = [](double seconds) { return formatTime(seconds); };
-    timeline_->onValueWished = [this, &engine](double seconds) {
-        engine.seek(seconds);
-        refreshTime();
-    };
+    volume_->setSurface(&surface);
     volume_->describeValue = [](double volume) {
         return QStringLiteral("%1%").arg(std::lround(volume * 100));
     };
@@ -106,12 +97,6 @@ void PlayerBarView::subscribe() {
     const auto track = [this](const auto&) { refreshTrack(); };
     const auto modes = [this](const auto&) { refreshModes(); };
     const auto volume = [this](const auto&) { refreshVolume(); };
-    subscriptions_.push_back(engine.currentTime.subscribe([this](double) {
-        if (canBeSeen()) {
-            followTime();
-        }
-    }));
-    subscriptions_.push_back(engine.duration.subscribe([this](double) { refreshDuration(); }));
     subscriptions_.push_back(engine.currentTrack.subscribe(track));
     subscriptions_.push_back(state_.selectedTrack.subscribe(track));
     subscriptions_.push_back(engine.isPlaying.subscribe([this](bool) { refreshTransport(); }));
@@ -119,10 +104,9 @@ void PlayerBarView::subscribe() {
     subscriptions_.push_back(state_.repeatMode.subscribe(modes));
     subscriptions_.push_back(engine.volume.subscribe(volume));
     subscriptions_.push_back(engine.isMuted.subscribe(volume));
-}
-
-bool PlayerBarView::canBeSeen() const {
-    return isVisible() && !window()->isMinimized();
+    subscriptions_.push_back(state_.favoriteTrackPaths.subscribe(track));
+    subscriptions_.push_back(state_.isPlaybackQueuePresented.subscribe(
+        [this](bool isShown) { history_->setActive(isShown); }));
 }
 
 // The engine keeps the record that was loaded; the selected one gets the tags that were read since.
@@ -135,36 +119,13 @@ std::optional<Track> PlayerBarView::shownTrack() const {
 void PlayerBarView::refreshTrack() {
     const auto track = shownTrack();
     summary_->setTrack(track);
+    summary_->setFavorite(track && state_.isFavorite(*track));
     menu_->setVisible(track.has_value());
-    if (!menu_->isVisible()) {
-        layOut();
-    }
-}
-
-void PlayerBarView::refreshDuration() {
-    const double duration = *state_.audioEngine().duration;
-    timeline_->setRange(0, std::max(duration, 1.0));
-    total_->setSeconds(duration);
-    refreshTime();
     layOut();
 }
 
 void PlayerBarView::refreshTime() {
-    const double now = *state_.audioEngine().currentTime;
-    timeline_->setValue(now);
-    const qsizetype digits = elapsed_->text().size();
-    elapsed_->setSeconds(now);
-    if (elapsed_->text().size() != digits) {
-        layOut();
-    }
-}
-
-// A step of a single pixel waits for the next second, so that digits and knob are one repaint.
-void PlayerBarView::followTime() {
-    const double now = *state_.audioEngine().currentTime;
-    if (timeline_->knobTravel(now) > 1 || formatTime(now) != elapsed_->text()) {
-        refreshTime();
-    }
+    timeline_->refreshTime();
 }
 
 void PlayerBarView::refreshTransport() {
@@ -191,10 +152,6 @@ void PlayerBarView::refreshVolume() {
                                      : QStringLiteral("speaker.wave.2.fill"));
 }
 
-void PlayerBarView::setHistoryShown(bool isShown) {
-    history_->setActive(isShown);
-}
-
 void PlayerBarView::copyTrackInfo() const {
     if (const auto track = shownTrack()) {
         QGuiApplication::clipboard()->setText(track->artist() + QStringLiteral(" - ") +
@@ -205,21 +162,24 @@ void PlayerBarView::copyTrackInfo() const {
 void PlayerBarView::showMenu() {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    addPlaylistMenu(*menu, state_, [this](const QUuid& id) {
+        if (const auto track = shownTrack()) {
+            state_.addToPlaylist({*track}, id);
+        }
+    });
     menu->addAction(QStringLiteral("Show in Finder"), this, [this] {
         if (const auto& track = *state_.audioEngine().currentTrack) {
             revealInFileManager(track->url());
         }
     });
+    menu->addAction(QStringLiteral("Cover Mode"), this,
+                    [this] { state_.isCoverModePresented = true; });
     const QPoint corner = menu_->mapToGlobal(menu_->rect().topRight());
     const QSize size = menu->sizeHint();
     menu->popup(corner - QPoint(size.width(), size.height() + 4));
 }
 
-// Measures text, so it waits until there is something to show.
 void PlayerBarView::layOut() {
-    if (!isVisible()) {
-        return;
-    }
     const int top = (height() - stripHeight) / 2;
     const auto place = [this, top](QWidget* widget, int left, const QSize& size) {
         const QRect rect(left, top + (stripHeight - size.height()) / 2, size.width(),
@@ -245,28 +205,19 @@ void PlayerBarView::layOut() {
     if (!menu_->isHidden()) {
         placeBefore(menu_, menu_->sizeHint(), 2);
     }
-    placeBefore(history_, history_->sizeHint(), 12);
+    placeBefore(history_, history_->sizeHint(), 2);
+    placeBefore(coverMode_, coverMode_->sizeHint(), 12);
     placeBefore(volume_, {volumeWidth, volumeHeight}, 4);
     placeBefore(mute_, mute_->sizeHint(), 12);
     placeBefore(repeat_, repeat_->sizeHint(), 2);
     placeBefore(shuffle_, shuffle_->sizeHint(), 14);
 
     const int rowWidth = std::max(end - timelineLeft, timelineRowLeast);
-    const QSize elapsed = elapsed_->sizeHint();
-    const QSize total = total_->sizeHint();
-    const int sliderWidth = rowWidth - elapsed.width() - total.width() - 20;
-    x = place(elapsed_, timelineLeft, elapsed);
-    x = place(timeline_, x + 10, {sliderWidth, timelineHeight});
-    place(total_, x + 10, total);
+    place(timeline_, timelineLeft, {rowWidth, stripHeight});
 }
 
 void PlayerBarView::resizeEvent(QResizeEvent*) {
     layOut();
-}
-
-void PlayerBarView::showEvent(QShowEvent*) {
-    layOut();
-    refreshTime();
 }
 
 void PlayerBarView::paintEvent(QPaintEvent*) {

@@ -41,6 +41,11 @@ void TimeLabel::setSurface(std::function<QColor()> surface) {
     update();
 }
 
+void TimeLabel::setSurround(Surround surround) {
+    surround_ = surround;
+    update();
+}
+
 QSize TimeLabel::sizeHint() const {
     const QFontMetricsF metrics(HalvenorTheme::font(textSize, QFont::Light));
     return {static_cast<int>(std::ceil(std::max(leastWidth, metrics.horizontalAdvance(text_) + 1))),
@@ -51,7 +56,7 @@ void TimeLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(rect(), surface_());
     painter.setFont(HalvenorTheme::font(textSize, QFont::Light));
-    painter.setPen(HalvenorTheme::neutralTint());
+    painter.setPen(tintsOf(surround_).neutral);
     painter.drawText(rect(), static_cast<int>(alignment_ | Qt::AlignVCenter), text_);
 }
 

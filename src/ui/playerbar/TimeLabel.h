@@ -4,6 +4,7 @@
 
 #include <functional>
 
+#include "ui/controls/Surround.h"
 #include "ui/theme/HalvenorTheme.h"
 
 namespace halvenor {
@@ -17,6 +18,7 @@ class TimeLabel : public QWidget {
     void setSeconds(double seconds);
     const QString& text() const { return text_; }
     void setSurface(std::function<QColor()> surface);
+    void setSurround(Surround surround);
     QSize sizeHint() const override;
 
   protected:
@@ -26,6 +28,7 @@ class TimeLabel : public QWidget {
     QString name_;
     QString text_;
     Qt::Alignment alignment_;
+    Surround surround_ = Surround::theme;
     std::function<QColor()> surface_ = &HalvenorTheme::windowBackdrop;
 };
 

@@ -9,6 +9,7 @@
 #include "ui/controls/CoverPainting.h"
 #include "ui/controls/ElidedText.h"
 #include "ui/controls/FocusRing.h"
+#include "ui/controls/IconButton.h"
 #include "ui/theme/HalvenorTheme.h"
 
 namespace halvenor {
@@ -16,6 +17,8 @@ namespace halvenor {
 namespace {
 constexpr int artworkSide = 50;
 constexpr int gap = 12;
+constexpr QSize heartRoom(30, 50);
+constexpr double heartSize = 13;
 }  // namespace
 
 class ArtworkButton : public QAbstractButton {
@@ -89,7 +92,10 @@ class TrackTextButton : public QAbstractButton {
 };
 
 TrackSummaryView::TrackSummaryView(QWidget* parent)
-    : QWidget(parent), artwork_(new ArtworkButton(this)), text_(new TrackTextButton(this)) {
+    : QWidget(parent),
+      artwork_(new ArtworkButton(this)),
+      text_(new TrackTextButton(this)),
+      favorite_(new IconButton(QStringLiteral("heart"), heartSize, QString(), this)) {
     connect(artwork_, &QAbstractButton::clicked, this, [this] {
         if (onArtworkClicked) {
             onArtworkClicked();
@@ -100,12 +106,26 @@ TrackSummaryView::TrackSummaryView(QWidget* parent)
             onTextClicked();
         }
     });
+    connect(favorite_, &QAbstractButton::clicked, this, [this] {
+        if (onFavoriteClicked) {
+            onFavoriteClicked();
+        }
+    });
     setTrack(std::nullopt);
+    setFavorite(false);
+}
+
+void TrackSummaryView::setFavorite(bool isFavorite) {
+    favorite_->setSymbol(isFavorite ? QStringLiteral("heart.fill") : QStringLiteral("heart"));
+    favorite_->setHelp(isFavorite ? QStringLiteral("Remove from Favorites (l)")
+                                  : QStringLiteral("Add to Favorites (l)"));
+    favorite_->setActive(isFavorite);
 }
 
 void TrackSummaryView::setTrack(const std::optional<Track>& track) {
     artwork_->setVisible(track.has_value());
     text_->setVisible(track.has_value());
+    favorite_->setVisible(track.has_value());
     if (!track) {
         artwork_->setArtwork({});
         return;
@@ -116,9 +136,13 @@ void TrackSummaryView::setTrack(const std::optional<Track>& track) {
 
 void TrackSummaryView::resizeEvent(QResizeEvent*) {
     const QRect artwork(0, (height() - artworkSide) / 2, artworkSide, artworkSide);
-    const QRect text(artworkSide + gap, 0, width() - artworkSide - gap, height());
+    const int textLeft = artworkSide + gap;
+    const QRect text(textLeft, 0, width() - textLeft - heartRoom.width() - 4, height());
+    const QRect heart(QPoint(width() - heartRoom.width(), (height() - heartRoom.height()) / 2),
+                      heartRoom);
     artwork_->setGeometry(QStyle::visualRect(layoutDirection(), rect(), artwork));
     text_->setGeometry(QStyle::visualRect(layoutDirection(), rect(), text));
+    favorite_->setGeometry(QStyle::visualRect(layoutDirection(), rect(), heart));
 }
 
 }  // namespace halvenor

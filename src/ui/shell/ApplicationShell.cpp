@@ -1,7 +1,9 @@
 #include "ui/shell/ApplicationShell.h"
 
+#include "platform/appearance/DesktopPreferences.h"
 #include "platform/sessionbus/SessionBus.h"
 #include "state/AppState.h"
+#include "ui/controls/Motion.h"
 #include "ui/mainwindow/MainWindow.h"
 #include "ui/shell/StatusItem.h"
 
@@ -10,6 +12,8 @@ namespace halvenor {
 ApplicationShell::ApplicationShell(AppState& state, DesktopPreferences& preferences)
     : state_(state), preferences_(preferences) {
     state_.onShowMainWindow = [this] { showMainWindow(); };
+    motion_ = preferences_.reducesMotion.subscribe(
+        [](bool isReduced) { Motion::isReduced() = isReduced; });
 }
 
 ApplicationShell::~ApplicationShell() {

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "base/Published.h"
 #include "base/Task.h"
 #include "ui/mainwindow/MainWindow.h"
 
@@ -42,6 +43,7 @@ class ApplicationShell {
     std::unique_ptr<StatusItem> statusItem_;
     Service worker_;
     TaskSlot statusItemTask_;
+    Subscription motion_;
 };
 
 }  // namespace halvenor

@@ -72,6 +72,7 @@ void FolderTreeView::subscribe() {
         state_.searchQuery.subscribe([this](const auto&) { searchDelay_.start(); }));
     subscriptions_.push_back(state_.folderSearchResults.subscribe(rows));
     subscriptions_.push_back(state_.loadingFolderIDs.subscribe(look));
+    subscriptions_.push_back(state_.availableLocationPaths.subscribe(look));
     subscriptions_.push_back(state_.selectedFolder.subscribe(look));
     subscriptions_.push_back(state_.isFolderSearchInProgress.subscribe(look));
     subscriptions_.push_back(state_.folderScrollRequest.subscribe([this](const auto& request) {
@@ -151,7 +152,16 @@ QString FolderTreeView::describe(const FolderRow& row) const {
     if (state_.isFolderMarked(row.folder)) {
         words << QStringLiteral("marked");
     }
+    if (isAway(row)) {
+        words << QStringLiteral("unavailable");
+    }
     return words.join(QStringLiteral(", "));
+}
+
+// A Location that was not there when last looked at.
+bool FolderTreeView::isAway(const FolderRow& row) const {
+    return row.depth == 0 && state_.isRootFolder(row.folder) &&
+           !state_.availableLocationPaths->contains(row.folder.id());
 }
 
 void FolderTreeView::keyPressEvent(QKeyEvent* event) {
@@ -312,7 +322,10 @@ void FolderTreeView::paintRow(QPainter& painter, const QRect& rect, int row) con
     if (isOpen && hasKeyboardFocus(*this)) {
         paintRing(painter, QRectF(parts.plate), 6);
     }
-    const QColor ink = isOpen ? HalvenorTheme::highlightText() : HalvenorTheme::mainText();
+    QColor ink = isOpen ? HalvenorTheme::highlightText() : HalvenorTheme::mainText();
+    if (isAway(shown)) {
+        ink.setAlphaF(ink.alphaF() * 0.5F);
+    }
     if (hasChildren(shown)) {
         QColor faint = ink;
         faint.setAlphaF(ink.alphaF() * (isHovered || isOpen ? 0.9F : 0.6F));

@@ -47,6 +47,7 @@ class FolderTreeView : public PaddedListView {
     FolderFilter filter() const;
     FolderTreeSource source(const FolderFilter& filter) const;
     bool hasChildren(const FolderRow& row) const;
+    bool isAway(const FolderRow& row) const;
     QString describe(const FolderRow& row) const;
     void paintIcon(QPainter& painter, const QRect& rect, const FolderItem& folder,
                    bool isHot) const;

@@ -1,22 +1,35 @@
 #pragma once
 
-#include <QAbstractButton>
+#include <QWidget>
+
+#include "base/Published.h"
+
+class QAbstractButton;
 
 namespace halvenor {
 
-/// What an empty library shows in the place of the tree: a plain button that leads to the choice of
-/// a folder.
-class NoFoldersHint : public QAbstractButton {
+class AppState;
+class IconButton;
+
+/// What an empty library shows in the place of the tree: a button that leads to the choice of a
+/// folder, and the way to the settings.
+class NoFoldersHint : public QWidget {
   public:
-    explicit NoFoldersHint(QWidget* parent);
+    NoFoldersHint(AppState& state, QWidget* parent);
 
   protected:
     void paintEvent(QPaintEvent* event) override;
-    bool hitButton(const QPoint& place) const override;
-    void keyPressEvent(QKeyEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
   private:
-    QRect contentRect() const;
+    void layOut();
+
+    QAbstractButton* browse_;
+    IconButton* settings_;
+    QRect manageLine_;
+    QRect beforeButton_;
+    QRect afterButton_;
 };
 
 }  // namespace halvenor

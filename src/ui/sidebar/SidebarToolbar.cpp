@@ -24,12 +24,13 @@ constexpr int fieldRoom = fieldHeight + 8;
 SidebarToolbar::SidebarToolbar(AppState& state, QWidget* parent)
     : QWidget(parent),
       state_(state),
+      preferences_(
+          makeButton(QStringLiteral("slider.horizontal.3"), QStringLiteral("Preferences (F10)"))),
       folders_(makeButton(QStringLiteral("folder.fill"), QStringLiteral("Folders"))),
       playlists_(makeButton(QStringLiteral("list.bullet.rectangle"), QStringLiteral("Playlists"))),
       search_(makeButton(QStringLiteral("magnifyingglass"), QStringLiteral("Search"))),
       filter_(
-          makeButton(QStringLiteral("checkmark.circle"), QStringLiteral("Show Checked Folders"))),
-      add_(makeButton(QStringLiteral("plus.circle"), QStringLiteral("Add Folder…"))) {
+          makeButton(QStringLiteral("checkmark.circle"), QStringLiteral("Show Checked Folders"))) {
     setAttribute(Qt::WA_OpaquePaintEvent);
     const auto choose = [this](SidebarSection section) {
         if (onSectionChosen) {
@@ -44,7 +45,8 @@ SidebarToolbar::SidebarToolbar(AppState& state, QWidget* parent)
             [this] { setSearchVisible(!isSearchWanted()); });
     connect(filter_, &QAbstractButton::clicked, this,
             [this] { state_.showMarkedFoldersOnly = !*state_.showMarkedFoldersOnly; });
-    connect(add_, &QAbstractButton::clicked, this, [this] { state_.openFolderPicker(); });
+    connect(preferences_, &QAbstractButton::clicked, this,
+            [this] { state_.isSettingsPresented = true; });
 
     subscriptions_.push_back(state_.rootFolders.subscribe([this](const auto&) { refresh(); }));
     subscriptions_.push_back(state_.showMarkedFoldersOnly.subscribe([this](bool) { refresh(); }));
@@ -86,9 +88,9 @@ void SidebarToolbar::makePlaylistButtons() {
 
 // In the order that they stand in.
 void SidebarToolbar::setTabOrders() {
-    QWidget* last = folders_;
-    for (QWidget* next : std::initializer_list<QWidget*>{playlists_, search_, filter_, query_,
-                                                         import_, create_, add_}) {
+    QWidget* last = preferences_;
+    for (QWidget* next : std::initializer_list<QWidget*>{folders_, playlists_, search_, filter_,
+                                                         query_, import_, create_}) {
         if (next != nullptr) {
             setTabOrder(last, next);
             last = next;
@@ -140,7 +142,7 @@ void SidebarToolbar::refresh() {
     const bool isFolders = section_ == SidebarSection::folders;
     folders_->setActive(isFolders);
     playlists_->setActive(!isFolders);
-    for (IconButton* button : {search_, filter_, add_}) {
+    for (IconButton* button : {search_, filter_}) {
         button->setVisible(isFolders);
     }
     for (IconButton* button : {import_, create_}) {
@@ -172,15 +174,16 @@ void SidebarToolbar::layOut() {
     const int start = horizontalInset - 6;
     const int end = width() - horizontalInset + 6;
     const int step = button.width() + spacing;
-    const int second = start + 2 * step + groupSpacing;
+    const int sections = start + step + groupSpacing;
+    const int second = sections + 2 * step + groupSpacing;
     const int last = end - button.width();
-    place(folders_, {QPoint(start, top), button});
-    place(playlists_, {QPoint(start + step, top), button});
+    place(preferences_, {QPoint(start, top), button});
+    place(folders_, {QPoint(sections, top), button});
+    place(playlists_, {QPoint(sections + step, top), button});
     place(search_, {QPoint(second, top), button});
     place(filter_, {QPoint(second + step, top), button});
     place(import_, {QPoint(last - step, top), button});
     place(create_, {QPoint(last, top), button});
-    place(add_, {QPoint(last, top), button});
     place(query_, {horizontalInset, buttonsHeight - 2, width() - 2 * horizontalInset, fieldHeight});
 }
 

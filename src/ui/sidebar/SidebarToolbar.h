@@ -49,11 +49,11 @@ class SidebarToolbar : public QWidget {
 
     AppState& state_;
     SidebarSection section_ = SidebarSection::folders;
+    IconButton* preferences_;
     IconButton* folders_;
     IconButton* playlists_;
     IconButton* search_;
     IconButton* filter_;
-    IconButton* add_;
     // Made when they are first shown.
     QLineEdit* query_ = nullptr;
     IconButton* import_ = nullptr;

@@ -13,7 +13,7 @@ SidebarView::SidebarView(AppState& state, QWidget* parent)
       playlistActions_(state, *this),
       toolbar_(new SidebarToolbar(state, this)),
       tree_(new FolderTreeView(state, this)),
-      hint_(new NoFoldersHint(this)) {
+      hint_(new NoFoldersHint(state, this)) {
     toolbar_->onSectionChosen = [this](SidebarSection section) { showSection(section); };
     toolbar_->onCreatePlaylist = [this] { playlistActions_.create(); };
     toolbar_->onImportPlaylist = [this] { playlistActions_.importM3u(); };
@@ -23,7 +23,6 @@ SidebarView::SidebarView(AppState& state, QWidget* parent)
             playlists_->showRow(id);
         }
     };
-    connect(hint_, &QAbstractButton::clicked, this, [this] { state_.openFolderPicker(); });
     subscriptions_.push_back(state_.rootFolders.subscribe([this](const auto&) { refresh(); }));
     subscriptions_.push_back(state_.folderScrollRequest.subscribe([this](const auto& request) {
         if (request) {

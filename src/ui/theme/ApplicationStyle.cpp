@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "ui/controls/FocusRing.h"
 #include "ui/theme/HalvenorTheme.h"
 
 namespace halvenor {
@@ -30,6 +31,29 @@ void drawPlate(QPainter& painter, const QRectF& rect, double radius, const QColo
     painter.setBrush(fill);
     painter.setPen(border);
     painter.drawRoundedRect(rect.adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    painter.restore();
+}
+
+void drawCheckBox(QPainter& painter, const QStyleOption& box) {
+    const bool isOn = (box.state & QStyle::State_On) != 0;
+    const bool isLit = (box.state & QStyle::State_MouseOver) != 0;
+    QColor fill = isOn ? HalvenorTheme::accent() : HalvenorTheme::hoverTint();
+    fill.setAlphaF(isOn ? (isLit ? 1.0F : 0.9F) : (isLit ? 0.11F : 0.06F));
+    QColor edge = HalvenorTheme::hoverTint();
+    edge.setAlphaF(0.22F);
+    const QRectF area = QRectF(box.rect);
+    drawPlate(painter, area, 4, fill, isOn ? QColor(Qt::transparent) : edge);
+    if (!isOn) {
+        return;
+    }
+    const QPointF corner = area.topLeft();
+    const double unit = area.width() / 16;
+    const QPointF tick[] = {corner + QPointF(4.2, 8.4) * unit, corner + QPointF(7, 11.2) * unit,
+                            corner + QPointF(11.9, 5.2) * unit};
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Qt::white, 1.7, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.drawPolyline(tick, 3);
     painter.restore();
 }
 
@@ -141,6 +165,12 @@ void ApplicationStyle::drawPrimitive(PrimitiveElement element, const QStyleOptio
         }
         case PE_FrameLineEdit:
             return;
+        case PE_IndicatorCheckBox:
+            drawCheckBox(*painter, *option);
+            return;
+        case PE_FrameFocusRect:
+            paintRing(*painter, QRectF(option->rect), 5);
+            return;
         default:
             QProxyStyle::drawPrimitive(element, option, painter, widget);
     }
@@ -226,6 +256,11 @@ int ApplicationStyle::pixelMetric(PixelMetric metric, const QStyleOption* option
     switch (metric) {
         case PM_ScrollBarExtent:
             return scrollBarExtent;
+        case PM_IndicatorWidth:
+        case PM_IndicatorHeight:
+            return 16;
+        case PM_CheckBoxLabelSpacing:
+            return 8;
         case PM_ScrollBarSliderMin:
             return 32;
         case PM_MenuVMargin:

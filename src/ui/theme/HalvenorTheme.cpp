@@ -203,6 +203,10 @@ QColor HalvenorTheme::secondaryText() {
     return Shades{grey(0.573F), grey(0.62F), grey(0.36F)}.active();
 }
 
+QColor HalvenorTheme::warningText() {
+    return isLight() ? rgb(0.60F, 0.37F, 0.02F) : rgb(0.92F, 0.70F, 0.36F);
+}
+
 QColor HalvenorTheme::focusRing() {
     QColor ring = waveformPlayed();
     ring.setAlphaF(0.85F);

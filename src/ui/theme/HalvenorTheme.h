@@ -79,6 +79,8 @@ class HalvenorTheme {
     static QColor titleText();
     /// Second lines and captions that must stay readable.
     static QColor secondaryText();
+    /// What the user should see to: a device or a folder that is gone.
+    static QColor warningText();
     /// The ring around a control that has the keyboard focus.
     static QColor focusRing();
 };

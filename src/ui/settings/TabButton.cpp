@@ -1,0 +1,52 @@
+#include "ui/settings/TabButton.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+
+#include "ui/controls/ElidedText.h"
+#include "ui/controls/FocusRing.h"
+#include "ui/symbols/Symbols.h"
+#include "ui/theme/HalvenorTheme.h"
+
+namespace halvenor {
+
+TabButton::TabButton(const QString& symbol, const QString& title, QWidget* parent)
+    : QAbstractButton(parent), symbol_(symbol) {
+    setText(title);
+    setAccessibleName(title);
+    setCheckable(true);
+    setAutoExclusive(true);
+    setAttribute(Qt::WA_Hover);
+    setFocusPolicy(Qt::TabFocus);
+}
+
+void TabButton::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF area(rect());
+    if (isChecked() || underMouse()) {
+        QColor plate = HalvenorTheme::hoverTint();
+        plate.setAlphaF(isChecked() ? 0.09F : 0.045F);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(plate);
+        painter.drawRoundedRect(area, 8, 8);
+    }
+    const QColor ink =
+        isChecked() ? HalvenorTheme::highlightText() : HalvenorTheme::secondaryText();
+    Symbols::draw(painter, symbol_, 15, QPointF(area.center().x(), 20),
+                  isChecked() ? HalvenorTheme::accent() : ink);
+    drawElided(painter, QRectF(4, 34, area.width() - 8, 16),
+               HalvenorTheme::font(11, isChecked() ? QFont::Medium : QFont::Normal), ink, text(),
+               Qt::AlignHCenter);
+    paintFocusRing(painter, *this, 8);
+}
+
+void TabButton::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        click();
+        return;
+    }
+    QAbstractButton::keyPressEvent(event);
+}
+
+}  // namespace halvenor

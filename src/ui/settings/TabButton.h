@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QAbstractButton>
+
+namespace halvenor {
+
+/// A tab: a symbol over its title, on a plate while it is chosen. One of its siblings is chosen at
+/// a time.
+class TabButton : public QAbstractButton {
+  public:
+    TabButton(const QString& symbol, const QString& title, QWidget* parent);
+
+  protected:
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+  private:
+    QString symbol_;
+};
+
+}  // namespace halvenor
