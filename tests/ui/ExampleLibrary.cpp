@@ -102,6 +102,17 @@ Artwork exampleCover(int hue) {
     return Artwork(bytes);
 }
 
+QList<float> examplePeaks() {
+    QList<float> peaks;
+    for (int i = 0; i < 160; ++i) {
+        const double swell = 0.5 + 0.28 * std::sin(i * 0.045) + 0.16 * std::sin(i * 0.21);
+        const double noise = std::sin(i * 12.9898) * 43758.5453;
+        const double grain = 0.5 + 0.5 * (noise - std::floor(noise));
+        peaks.append(static_cast<float>(std::clamp(swell * grain + 0.06, 0.08, 1.0)));
+    }
+    return peaks;
+}
+
 void fillWithExample(AppState& state) {
     const FolderList roots = addRoots(state, {"Concerts", "Music", "Vinyl Rips"});
     const FolderList artists =
@@ -145,14 +156,7 @@ void fillWithExample(AppState& state) {
     engine.currentTime = 71;
     engine.isPlaying = true;
     engine.volume = 0.7F;
-    QList<float> peaks;
-    for (int i = 0; i < 160; ++i) {
-        const double swell = 0.5 + 0.28 * std::sin(i * 0.045) + 0.16 * std::sin(i * 0.21);
-        const double noise = std::sin(i * 12.9898) * 43758.5453;
-        const double grain = 0.5 + 0.5 * (noise - std::floor(noise));
-        peaks.append(static_cast<float>(std::clamp(swell * grain + 0.06, 0.08, 1.0)));
-    }
-    state.waveformPeaks = peaks;
+    state.waveformPeaks = examplePeaks();
     TrackList history;
     history.append(tracks[1]);
     history.append(tracks[0]);

@@ -20,6 +20,9 @@ FolderList addFolders(AppState& state, const FolderItem& parent, const QList<QBy
 /// Makes `names` Locations, listed and empty, below "/music".
 FolderList addRoots(AppState& state, const QList<QByteArray>& names);
 
+/// The waveform of a song that never was.
+QList<float> examplePeaks();
+
 /// A library to look at: an expanded tree, an open album with a cover, one track that plays, and a
 /// history.
 void fillWithExample(AppState& state);

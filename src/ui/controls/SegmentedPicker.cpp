@@ -5,6 +5,7 @@
 #include <QStyle>
 
 #include "ui/controls/ElidedText.h"
+#include "ui/controls/ExclusiveButton.h"
 #include "ui/controls/FocusRing.h"
 #include "ui/theme/HalvenorTheme.h"
 
@@ -21,8 +22,7 @@ class Segment : public QAbstractButton {
     Segment(const QString& name, QWidget* parent) : QAbstractButton(parent) {
         setText(name);
         setAccessibleName(name);
-        setCheckable(true);
-        setAutoExclusive(true);
+        makeExclusive(*this);
         setAttribute(Qt::WA_Hover);
         setFocusPolicy(Qt::TabFocus);
     }
@@ -67,7 +67,7 @@ SegmentedPicker::SegmentedPicker(const QString& accessibleName, const QStringLis
 
 void SegmentedPicker::setSelected(int index) {
     for (size_t i = 0; i < segments_.size(); ++i) {
-        segments_[i]->setChecked(static_cast<int>(i) == index);
+        setChosen(*segments_[i], static_cast<int>(i) == index);
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include "state/AppState.h"
 #include "ui/controls/ElidedText.h"
+#include "ui/controls/ExclusiveButton.h"
 #include "ui/controls/IconButton.h"
 #include "ui/settings/AboutSettingsTab.h"
 #include "ui/settings/GeneralSettingsTab.h"
@@ -73,7 +74,7 @@ void SettingsView::selectTab(SettingsTab tab) {
         page->setVisible(each == tab);
     }
     for (const auto& [each, button] : tabs_) {
-        button->setChecked(each == tab);
+        setChosen(*button, each == tab);
     }
     layOutCard();
 }

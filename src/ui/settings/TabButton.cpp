@@ -4,6 +4,7 @@
 #include <QPainter>
 
 #include "ui/controls/ElidedText.h"
+#include "ui/controls/ExclusiveButton.h"
 #include "ui/controls/FocusRing.h"
 #include "ui/symbols/Symbols.h"
 #include "ui/theme/HalvenorTheme.h"
@@ -14,8 +15,7 @@ TabButton::TabButton(const QString& symbol, const QString& title, QWidget* paren
     : QAbstractButton(parent), symbol_(symbol) {
     setText(title);
     setAccessibleName(title);
-    setCheckable(true);
-    setAutoExclusive(true);
+    makeExclusive(*this);
     setAttribute(Qt::WA_Hover);
     setFocusPolicy(Qt::TabFocus);
 }

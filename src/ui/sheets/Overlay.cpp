@@ -15,7 +15,7 @@ constexpr double cornerRadius = 12;
 
 void paintShadow(QPainter& painter, const QRectF& card) {
     painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(0, 0, 0, 12));
+    painter.setBrush(QColor(0, 0, 0, HalvenorTheme::isLight() ? 7 : 12));
     for (int spread = 12; spread > 0; spread -= 3) {
         painter.drawRoundedRect(card.adjusted(-spread, 4 - spread, spread, 4 + spread),
                                 cornerRadius + spread, cornerRadius + spread);
