@@ -1,6 +1,7 @@
 #include "ui/controls/SegmentedPicker.h"
 
 #include <QAbstractButton>
+#include <QButtonGroup>
 #include <QPainter>
 #include <QStyle>
 
@@ -22,7 +23,7 @@ class Segment : public QAbstractButton {
     Segment(const QString& name, QWidget* parent) : QAbstractButton(parent) {
         setText(name);
         setAccessibleName(name);
-        makeExclusive(*this);
+        setCheckable(true);
         setAttribute(Qt::WA_Hover);
         setFocusPolicy(Qt::TabFocus);
     }
@@ -53,8 +54,10 @@ SegmentedPicker::SegmentedPicker(const QString& accessibleName, const QStringLis
     : QWidget(parent) {
     setAccessibleName(accessibleName);
     setFixedHeight(pickerHeight);
+    auto* group = new QButtonGroup(this);
     for (const QString& name : names) {
         auto* segment = new Segment(name, this);
+        group->addButton(segment);
         const auto index = static_cast<int>(segments_.size());
         connect(segment, &QAbstractButton::clicked, this, [this, index] {
             if (onChosen) {

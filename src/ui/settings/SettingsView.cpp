@@ -1,5 +1,6 @@
 #include "ui/settings/SettingsView.h"
 
+#include <QButtonGroup>
 #include <QPainter>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -34,8 +35,10 @@ SettingsView::SettingsView(AppState& state, QWidget* window)
           new IconButton(QStringLiteral("xmark.circle.fill"), 15, QStringLiteral("Close"), this)) {
     setAccessibleName(QStringLiteral("Settings"));
     connect(close_, &QAbstractButton::clicked, this, [this] { dismiss(); });
+    auto* group = new QButtonGroup(this);
     for (const SettingsTab tab : allSettingsTabs) {
         auto* button = new TabButton(iconName(tab), rawValue(tab), this);
+        group->addButton(button);
         connect(button, &QAbstractButton::clicked, this, [this, tab] { selectTab(tab); });
         tabs_[tab] = button;
     }

@@ -4,7 +4,6 @@
 #include <QPainter>
 
 #include "ui/controls/ElidedText.h"
-#include "ui/controls/ExclusiveButton.h"
 #include "ui/controls/FocusRing.h"
 #include "ui/symbols/Symbols.h"
 #include "ui/theme/HalvenorTheme.h"
@@ -15,7 +14,7 @@ TabButton::TabButton(const QString& symbol, const QString& title, QWidget* paren
     : QAbstractButton(parent), symbol_(symbol) {
     setText(title);
     setAccessibleName(title);
-    makeExclusive(*this);
+    setCheckable(true);
     setAttribute(Qt::WA_Hover);
     setFocusPolicy(Qt::TabFocus);
 }

@@ -4,8 +4,7 @@
 
 namespace halvenor {
 
-/// A tab: a symbol over its title, on a plate while it is chosen. One of its siblings is chosen at
-/// a time.
+/// A tab: a symbol over its title, on a plate while it is chosen.
 class TabButton : public QAbstractButton {
   public:
     TabButton(const QString& symbol, const QString& title, QWidget* parent);
