@@ -41,10 +41,11 @@ bool isCoverImage(const QByteArray& bytes) {
     buffer.open(QIODevice::ReadOnly);
     QImageReader reader(&buffer, format);
     reader.setAutoDetectImageFormat(false);
-    const QSize size = reader.size();
-    const bool isBounded =
-        !size.isEmpty() && qint64{size.width()} * qint64{size.height()} <= mostPixels;
-    return isBounded && !reader.read().isNull();
+    return isCoverSize(reader.size()) && !reader.read().isNull();
+}
+
+bool isCoverSize(const QSize& size) {
+    return !size.isEmpty() && qint64{size.width()} * qint64{size.height()} <= mostPixels;
 }
 
 }  // namespace halvenor

@@ -1,7 +1,8 @@
 #include "editing/AlbumTagEditor.h"
 
+#include <QMimeData>
+
 #include "base/ApplicationOwned.h"
-#include "editing/ArtworkFormat.h"
 #include "tags/TagService.h"
 
 namespace halvenor {
@@ -55,24 +56,47 @@ void AlbumTagEditor::changeArtwork(const std::optional<QByteArray>& data,
 }
 
 void AlbumTagEditor::applyArtworkData(const QByteArray& data, const QString& fileName) {
-    isImportingArtwork = true;
-    errorMessage = std::nullopt;
-    importTask_.start(
-        [&](std::stop_token token) { return importTask(data, fileName, std::move(token)); });
+    importArtwork(importOfBytes(data), fileName);
 }
 
-Task<> AlbumTagEditor::importTask(QByteArray data, QString fileName, std::stop_token token) {
+void AlbumTagEditor::loadArtwork(const FileUrl& url) {
+    importArtwork(importOfFile(url), displayText(url.lastPathComponent()));
+}
+
+void AlbumTagEditor::pasteArtwork(const QMimeData& clipboard) {
+    const QString name = QStringLiteral("Clipboard");
+    const OfferedArtwork offered = offeredArtwork(clipboard);
+    if (const auto* bytes = std::get_if<QByteArray>(&offered)) {
+        applyArtworkData(*bytes, name);
+    } else if (const auto* image = std::get_if<QImage>(&offered)) {
+        importArtwork(importOfImage(*image), name);
+    } else if (const auto* file = std::get_if<FileUrl>(&offered)) {
+        loadArtwork(*file);
+    } else {
+        errorMessage = QStringLiteral("The clipboard does not contain an image.");
+    }
+}
+
+void AlbumTagEditor::importArtwork(ArtworkImport work, const QString& fileName) {
+    isImportingArtwork = true;
+    errorMessage = std::nullopt;
+    importTask_.start([&](std::stop_token token) {
+        return importTask(std::move(work), fileName, std::move(token));
+    });
+}
+
+Task<> AlbumTagEditor::importTask(ArtworkImport work, QString fileName, std::stop_token token) {
     auto job = applicationOwned<ImportWorker>().run(
-        [data](const std::stop_token&) { return normalizedArtworkData(data); }, token);
-    const std::optional<QByteArray> artwork = co_await job;
+        [work](const std::stop_token&) { return work(); }, token);
+    const ImportedArtwork artwork = co_await job;
     if (token.stop_requested()) {
         co_return;
     }
     isImportingArtwork = false;
-    if (artwork) {
-        changeArtwork(artwork, fileName);
+    if (artwork.data) {
+        changeArtwork(artwork.data, fileName);
     } else {
-        errorMessage = QStringLiteral("The selected file is not a supported image.");
+        errorMessage = artwork.error;
     }
 }
 
@@ -108,6 +132,19 @@ QList<Track> AlbumTagEditor::writableTracks() const {
         }
     }
     return writable;
+}
+
+QString AlbumTagEditor::note() const {
+    const qsizetype writable = writableTracks().size();
+    const qsizetype others = tracks_.size() - writable;
+    if (others == 0) {
+        return QStringLiteral("Changes apply to %1 tracks. Track titles are preserved.")
+            .arg(writable);
+    }
+    return QStringLiteral(
+               "Changes apply to %1 MP3/FLAC tracks; %2 unsupported file(s) will be skipped.")
+        .arg(writable)
+        .arg(others);
 }
 
 Track AlbumTagEditor::edited(const Track& track, std::optional<int64_t> newYear) const {

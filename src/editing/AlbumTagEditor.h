@@ -4,6 +4,7 @@
 
 #include <functional>
 
+#include "editing/ArtworkImport.h"
 #include "editing/CoverSearch.h"
 #include "editing/TagDraft.h"
 #include "editing/TagSaving.h"
@@ -36,6 +37,10 @@ class AlbumTagEditor : public QObject {
     /// Takes an image of any kind that can be read, once it is in the form that files take; tells
     /// when it is none. Another image that comes meanwhile replaces it.
     void applyArtworkData(const QByteArray& data, const QString& fileName);
+    /// The same with the image in a file.
+    void loadArtwork(const FileUrl& url);
+    /// The same with what a clipboard has: an image, or else a file. Tells when it has neither.
+    void pasteArtwork(const QMimeData& clipboard);
     Published<bool> isImportingArtwork{false};
     /// Looks for a cover on Discogs, by what the fields say, or the first track where they are
     /// blank. Takes it, or tells that there is none.
@@ -50,12 +55,15 @@ class AlbumTagEditor : public QObject {
     const QList<Track>& tracks() const { return tracks_; }
     /// Those whose files can be written, in order. The others are left alone.
     QList<Track> writableTracks() const;
+    /// What a save will do, as the window says it while there is nothing else to tell.
+    QString note() const;
     /// Saves, unless a save is under way.
     void save();
 
   private:
     Task<> saveTask(QList<Track> edited);
-    Task<> importTask(QByteArray data, QString fileName, std::stop_token token);
+    void importArtwork(ArtworkImport work, const QString& fileName);
+    Task<> importTask(ArtworkImport work, QString fileName, std::stop_token token);
     Track edited(const Track& track, std::optional<int64_t> newYear) const;
 
     QPointer<AppState> state_;

@@ -40,6 +40,10 @@ TrackTagEditor::TrackTagEditor(AppState& state, DiscogsService& discogs)
     }
 }
 
+QString TrackTagEditor::note() {
+    return QStringLiteral("Changes are written to the file only after Save.");
+}
+
 void TrackTagEditor::changeArtwork(const std::optional<QByteArray>& data) {
     artworkWasChanged_ = true;
     selectedArtworkData = data;

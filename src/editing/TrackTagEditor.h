@@ -39,6 +39,8 @@ class TrackTagEditor : public QObject {
     /// The tracks on show that were selected when the editor opened, in their order; else the
     /// current one; else none.
     const QList<Track>& editingTracks() const { return tracks_; }
+    /// What the window says while there is nothing else to tell.
+    static QString note();
     /// Saves, unless a save is under way. A file of a kind that can't be written counts as failed.
     void save();
 

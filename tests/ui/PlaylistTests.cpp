@@ -468,7 +468,8 @@ TEST_F(PlaylistWindow, actsOnTheRowsThatAreChosen) {
 TEST_F(PlaylistWindow, addsAndRemovesFavoritesFromTheMenu) {
     showTracks(6);
     EXPECT_THAT(ContextMenu(list(), centreOf(list(), 0)).texts(),
-                ElementsAre("Add to Favorites", "(Add to Playlist)", "Show in Finder"));
+                ElementsAre("Add to Favorites", "(Add to Playlist)", "Show in Finder",
+                            "Search on Discogs", "Tag Information…"));
     state->toggleFavorite(state->playbackQueue->at(1));
     QTest::qWait(1);
     state->selectedTrackIDs = QSet<QByteArray>{"/music/t/1", "/music/t/2"};
@@ -488,8 +489,9 @@ TEST_F(PlaylistWindow, removesTracksFromThePlaylistOnShow) {
     list().verticalScrollBar()->setValue(200);
     state->selectedTrackIDs = QSet<QByteArray>{"/music/t/5", "/music/t/7"};
     ContextMenu menu(list(), centreOf(list(), 7));
-    EXPECT_THAT(menu.texts(), ElementsAre("Add to Favorites", "Add to Playlist",
-                                          "Remove from Playlist", "Show in Finder"));
+    EXPECT_THAT(menu.texts(),
+                ElementsAre("Add to Favorites", "Add to Playlist", "Remove from Playlist",
+                            "Show in Finder", "Search on Discogs", "Tag Information…"));
     menu.choose("Remove from Playlist");
     QTest::qWait(20);
     EXPECT_EQ(state->playbackQueue->size(), 58);

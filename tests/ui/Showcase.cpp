@@ -2,6 +2,7 @@
 //
 //   QT_QPA_PLATFORM=offscreen ui_showcase FOLDER        (QT_SCALE_FACTOR=2 for twice the pixels)
 #include <QApplication>
+#include <QClipboard>
 #include <QContextMenuEvent>
 #include <QFileDialog>
 #include <QMenu>
@@ -18,6 +19,8 @@
 #include "ui/sheets/ConfirmSheet.h"
 #include "ui/sidebar/FolderTreeView.h"
 #include "ui/sidebar/SidebarView.h"
+#include "ui/tageditor/AlbumTagEditorView.h"
+#include "ui/tageditor/TagEditorView.h"
 #include "ui/theme/ThemeInstaller.h"
 #include "ui/tracklist/TrackListPane.h"
 #include "ui/tracklist/TrackListView.h"
@@ -123,6 +126,47 @@ void showConfirmation(MainWindow& window, const QString& file) {
     delete sheet;
 }
 
+void closeSheet() {
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    QTest::qWait(1);
+}
+
+// The tag editors in their states.
+void showEditors(AppState& state, MainWindow& window, const QString& place) {
+    const TrackList tracks = *state.playbackQueue;
+    const auto selection = *state.selectedTrackIDs;
+    state.selectedTrackIDs = QSet<QByteArray>{tracks[5].id()};
+    new TagEditorView(&window, state);
+    save(window, place.arg(QStringLiteral("track-editor")));
+    closeSheet();
+    state.selectedTrackIDs = QSet<QByteArray>{tracks[4].id(), tracks[5].id(), tracks[8].id()};
+    new TagEditorView(&window, state);
+    save(window, place.arg(QStringLiteral("batch-editor")));
+    closeSheet();
+    new AlbumTagEditorView(&window, state, {tracks.begin(), tracks.end()});
+    save(window, place.arg(QStringLiteral("album-editor")));
+    closeSheet();
+    TrackFields bare;
+    bare.url = FileUrl("/music/x.wav");
+    auto* empty = new AlbumTagEditorView(&window, state, {Track(bare)});
+    QApplication::clipboard()->clear();
+    clickNamed(*empty, "Paste");
+    save(window, place.arg(QStringLiteral("album-editor-error")));
+    QImage picture(300, 300, QImage::Format_RGB32);
+    picture.fill(Qt::darkCyan);
+    QApplication::clipboard()->setImage(picture);
+    clickNamed(*empty, "Paste");
+    window.setLayoutDirection(Qt::RightToLeft);
+    save(window, place.arg(QStringLiteral("album-editor-mirrored")));
+    closeSheet();
+    state.selectedTrackIDs = QSet<QByteArray>{tracks[4].id()};
+    new TagEditorView(&window, state);
+    save(window, place.arg(QStringLiteral("track-editor-mirrored")));
+    closeSheet();
+    window.setLayoutDirection(Qt::LeftToRight);
+    state.selectedTrackIDs = selection;
+}
+
 void showMenu(QListView& view, int row, const QString& file) {
     const QPoint place = view.visualRect(view.model()->index(row, 0)).center();
     QContextMenuEvent event(QContextMenuEvent::Mouse, place, view.viewport()->mapToGlobal(place));
@@ -160,6 +204,7 @@ int main(int argc, char** argv) {
         save(window, QStringLiteral("%1/window-%2.png").arg(folder, name));
         const QString place = QStringLiteral("%1/%3-%2.png").arg(folder, name);
         showPlaylists(*state, window, place);
+        showEditors(*state, window, place);
         showConfirmation(window, place.arg(QStringLiteral("confirm")));
         showMenu(window.trackList().list(), 3, place.arg(QStringLiteral("track-menu")));
         showMenu(window.sidebar().tree(), 1, place.arg(QStringLiteral("folder-menu")));

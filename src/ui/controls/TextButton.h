@@ -9,6 +9,8 @@ class TextButton : public QAbstractButton {
   public:
     TextButton(const QString& text, QWidget* parent);
 
+    /// Its text, which is also what assistive technology calls it.
+    void setLabel(const QString& text);
     void setSymbol(const QString& symbol);
     /// The answer that Return gives: its plate is filled with the accent.
     void setProminent(bool isProminent);
@@ -20,6 +22,8 @@ class TextButton : public QAbstractButton {
 
   private:
     QFont face() const;
+    QColor plate() const;
+    QColor ink() const;
 
     QString symbol_;
     bool isProminent_ = false;

@@ -57,6 +57,11 @@ void drawCheckBox(QPainter& painter, const QStyleOption& box) {
     painter.restore();
 }
 
+// The taller a field, the rounder.
+double fieldRadius(const QRect& field) {
+    return field.height() >= 32 ? 8 : 6;
+}
+
 void drawSubmenuArrow(QPainter& painter, const QStyleOptionMenuItem& item, const QColor& ink) {
     const int side = item.direction == Qt::RightToLeft ? -1 : 1;
     const QRect place(item.rect.right() - menuSidePadding - 5, item.rect.top(), 10,
@@ -156,10 +161,13 @@ void ApplicationStyle::drawPrimitive(PrimitiveElement element, const QStyleOptio
             painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
             return;
         case PE_PanelLineEdit: {
+            if ((option->state & State_ReadOnly) != 0) {
+                return;  // A text to select from, not a field.
+            }
             QColor fill = HalvenorTheme::hoverTint();
             fill.setAlphaF(0.06F);
             const bool hasFocus = (option->state & State_HasFocus) != 0;
-            drawPlate(*painter, QRectF(option->rect), 6, fill,
+            drawPlate(*painter, QRectF(option->rect), fieldRadius(option->rect), fill,
                       hasFocus ? HalvenorTheme::focusRing() : HalvenorTheme::hairline());
             return;
         }

@@ -6,15 +6,18 @@
 #include <QPainter>
 #include <QStyle>
 
+#include "discogs/DiscogsService.h"
 #include "platform/desktop/FileManager.h"
 #include "state/AppState.h"
 #include "ui/controls/ElidedText.h"
 #include "ui/controls/Spinner.h"
 #include "ui/controls/TextButton.h"
 #include "ui/symbols/SymbolIcon.h"
+#include "ui/tageditor/AlbumTagEditorView.h"
 #include "ui/theme/HalvenorTheme.h"
 #include "ui/tracklist/AlbumCoverPreview.h"
 #include "ui/tracklist/CoverView.h"
+#include "ui/tracklist/TrackMenu.h"
 
 namespace halvenor {
 
@@ -170,6 +173,19 @@ void AlbumHeaderView::fillMenu(QMenu& menu) {
         [this, tracks] { state_.play(tracks.first()); });
     add(QStringLiteral("Open in Finder"), QStringLiteral("folder"), folder.has_value(),
         [folder] { openInFileManager(folder->url()); });
+    add(QStringLiteral("Search on Discogs"), QStringLiteral("record.circle"), !tracks.isEmpty(),
+        [tracks] {
+            const Track& first = tracks.first();
+            openInBrowser(
+                DiscogsService::shared().albumSearchUrl(first.albumArtist(), first.album()));
+        });
+    add(QStringLiteral("Edit Tags"), QStringLiteral("doc.badge.ellipsis"), folder.has_value(),
+        [this] { editTags(); });
+}
+
+void AlbumHeaderView::editTags() {
+    const TrackList& tracks = *state_.playbackQueue;
+    new AlbumTagEditorView(window(), state_, {tracks.begin(), tracks.end()});
 }
 
 void AlbumHeaderView::showCover() {

@@ -33,6 +33,7 @@ class AlbumHeaderView : public QWidget {
   private:
     void fillMenu(QMenu& menu);
     void showCover();
+    void editTags();
     void refreshMark();
     void refreshProgress();
     void layOut();

@@ -6,6 +6,7 @@
 #include "ui/controls/ElidedText.h"
 #include "ui/controls/Spinner.h"
 #include "ui/symbols/Symbols.h"
+#include "ui/tageditor/TagEditorView.h"
 #include "ui/theme/HalvenorTheme.h"
 #include "ui/tracklist/AlbumHeaderView.h"
 #include "ui/tracklist/TrackListView.h"
@@ -25,6 +26,7 @@ TrackListPane::TrackListPane(AppState& state, QWidget* parent)
     spinnerDelay_.setSingleShot(true);
     spinnerDelay_.setInterval(150ms);  // What is there sooner needs no sign.
     connect(&spinnerDelay_, &QTimer::timeout, this, [this] { spinner_->setVisible(isLoading()); });
+    list_->onShowTagInfo = [this] { new TagEditorView(window(), state_); };
     const auto emptiness = [this](const auto&) { refreshEmptiness(); };
     subscriptions_.push_back(state_.playbackQueue.subscribe([this](const auto&) { showQueue(); }));
     subscriptions_.push_back(state_.selectedFolder.subscribe(emptiness));

@@ -266,7 +266,7 @@ void TrackListView::contextMenuEvent(QContextMenuEvent* event) {
     }
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    fillTrackMenu(*menu, state_, clicked, selectedTracks());
+    fillTrackMenu(*menu, state_, clicked, selectedTracks(), onShowTagInfo);
     menu->popup(isByKey ? viewport()->mapToGlobal(visualRect(model_->index(row)).center())
                         : event->globalPos());
 }

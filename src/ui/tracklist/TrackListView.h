@@ -3,6 +3,8 @@
 #include <QHash>
 #include <QTimer>
 
+#include <functional>
+
 #include "base/Published.h"
 #include "ui/controls/PaddedListView.h"
 #include "ui/tracklist/TrackListModel.h"
@@ -24,6 +26,9 @@ class TrackListView : public PaddedListView {
     /// @param source what they are the tracks of: a folder's or a playlist's id
     /// @return whether it is another list
     bool showTracks(const TrackList& tracks, const QByteArray& source);
+
+    /// Called by the context menu to edit the tags of the selected track.
+    std::function<void()> onShowTagInfo;
 
     void paintRow(QPainter& painter, const QRect& rect, int row) const override;
 

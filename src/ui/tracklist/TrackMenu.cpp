@@ -1,9 +1,12 @@
 #include "ui/tracklist/TrackMenu.h"
 
+#include <QDesktopServices>
 #include <QMenu>
+#include <QUrl>
 
 #include <algorithm>
 
+#include "discogs/DiscogsService.h"
 #include "platform/desktop/FileManager.h"
 #include "state/AppState.h"
 #include "ui/controls/PlaylistMenu.h"
@@ -39,7 +42,8 @@ QString favoriteActionLabel(bool isFavorite) {
                       : QStringLiteral("Add to Favorites");
 }
 
-void fillTrackMenu(QMenu& menu, AppState& state, const Track& clicked, const QList<Track>& chosen) {
+void fillTrackMenu(QMenu& menu, AppState& state, const Track& clicked, const QList<Track>& chosen,
+                   const std::function<void()>& onShowTagInfo) {
     addFavoritesEntry(menu, state, chosen);
     addPlaylistMenu(menu, state,
                     [&state, chosen](const QUuid& id) { state.addToPlaylist(chosen, id); });
@@ -50,6 +54,22 @@ void fillTrackMenu(QMenu& menu, AppState& state, const Track& clicked, const QLi
     menu.addSeparator();
     menu.addAction(QStringLiteral("Show in Finder"),
                    [url = clicked.url()] { revealInFileManager(url); });
+    menu.addAction(QStringLiteral("Search on Discogs"), [clicked] {
+        openInBrowser(DiscogsService::shared().searchUrl(clicked.artist(), clicked.title()));
+    });
+    menu.addAction(QStringLiteral("Tag Information…"), [&state, clicked, onShowTagInfo] {
+        state.selectedTrack = clicked;
+        state.selectedTrackIDs = QSet<QByteArray>{clicked.id()};
+        if (onShowTagInfo) {
+            onShowTagInfo();
+        }
+    });
+}
+
+void openInBrowser(const std::optional<QUrl>& page) {
+    if (page) {
+        QDesktopServices::openUrl(*page);
+    }
 }
 
 void removeFromOpenPlaylist(AppState& state, const QList<Track>& tracks) {
