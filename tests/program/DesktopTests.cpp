@@ -1,30 +1,10 @@
 // The program on a desktop: a window manager, a session bus with clients, a second launch.
 #include <csignal>
-#include <fstream>
-#include <sstream>
 
-#include "program/ProgramFixture.h"
-#include "support/BusDaemon.h"
+#include "program/DesktopFixture.h"
 
 namespace halvenor::test {
 namespace {
-
-using namespace std::chrono_literals;
-
-class DesktopTest : public ProgramTest {
-  protected:
-    DesktopTest() { display_.startWindowManager(); }
-
-    int launchAgain() {
-        return ChildProcess({.command = {HALVENOR_PROGRAM}, .environment = environment()})
-            .waitFor(20s)
-            .value_or(-2);
-    }
-    bool isPlayingOn() {
-        const double before = storedPosition();
-        return comesTrue([&] { return storedPosition() > before; });
-    }
-};
 
 TEST_F(DesktopTest, closingTheWindowLeavesTheMusicAndAnotherLaunchBringsTheWindowBack) {
     start();
@@ -46,32 +26,6 @@ TEST_F(DesktopTest, closingTheWindowLeavesTheMusicAndAnotherLaunchBringsTheWindo
     expectOrderlyEnd();
     secondsHeardFrom(startPosition);
 }
-
-class MediaKeyTest : public DesktopTest {
-  protected:
-    MediaKeyTest() { busAddress_ = bus_.address().toStdString(); }
-
-    /// What playerctl prints; it is the only client that people use from a shell.
-    std::string playerctl(std::vector<std::string> arguments) {
-        const std::string file = home_.path("playerctl.out").toStdString();
-        arguments.insert(arguments.begin(), {"playerctl", "-p", "halvenor"});
-        ChildProcess({.command = arguments, .environment = environment(), .outputFile = file})
-            .waitFor(20s);
-        std::ifstream reader(file);
-        std::string line;
-        std::getline(reader, line);
-        return line;
-    }
-    bool becomes(const std::vector<std::string>& question, const std::string& answer) {
-        return comesTrue([&] { return playerctl(question) == answer; });
-    }
-
-    std::string urlOf(const char* name) const {
-        return home_.at("lib/album").appendingPathComponent(name).encoded().toStdString();
-    }
-
-    BusDaemon bus_;
-};
 
 TEST_F(MediaKeyTest, steerThePlayer) {
     start();
