@@ -1,4 +1,5 @@
 // The sheets that edit tags: what opens them, what they show, and what a save does to real files.
+#include <QAccessible>
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QDragEnterEvent>
@@ -16,7 +17,9 @@
 #include "support/TemporaryFolder.h"
 #include "tags/TagService.h"
 #include "ui/WindowFixture.h"
+#include "ui/controls/Spinner.h"
 #include "ui/tageditor/AlbumTagEditorView.h"
+#include "ui/tageditor/ArtworkView.h"
 #include "ui/tageditor/DropZone.h"
 #include "ui/tageditor/TagEditorView.h"
 #include "ui/theme/HalvenorTheme.h"
@@ -224,12 +227,43 @@ TEST_F(TagEditors, canBeWorkedByTheKeyboardAlone) {
     EXPECT_THAT(stops,
                 ElementsAre("Album", "Artist", "Album Artist", "Year", "Find Cover on Discogs",
                             "Browse", "Paste", "Close without saving", "Cancel", "Save"));
+    const auto roleOf = [](QWidget* widget) {
+        return QAccessible::queryAccessibleInterface(widget)->role();
+    };
+    EXPECT_EQ(roleOf(childOf<EditorSheet>(*window)), QAccessible::Dialog);
+    EXPECT_EQ(roleOf(childOf<ArtworkView>(*window)), QAccessible::Graphic);
+    EXPECT_EQ(roleOf(&button("Paste")), QAccessible::PushButton);
     key(Qt::Key_Return);  // in a field: the answer that stands out
     EXPECT_THAT(texts(), Contains("This folder contains no writable MP3 or FLAC files."));
     button("Cancel").setFocus();
     key(Qt::Key_Return);
     EXPECT_FALSE(isOpen());
     EXPECT_TRUE(list().hasFocus());
+}
+
+TEST_F(TagEditors, cutLongTextsShortAndMirror) {
+    const QByteArray path = "/music/" + QByteArray(300, 'x') + "/\xFF.flac";
+    TrackList tracks;
+    tracks.append(test::exampleTrack(path, QString(500, QChar(0x6D77)), QStringLiteral("a")));
+    state->playbackQueue = tracks;
+    select({path});
+    window->setLayoutDirection(Qt::RightToLeft);
+    new TagEditorView(window.get(), *state);
+    QLineEdit& location = field("Location");
+    EXPECT_EQ(location.toolTip(), displayText(path));
+    const QRect card(QPoint((window->width() - 460) / 2, (window->height() - 590) / 2),
+                     QSize(460, 590));
+    for (const char* name : {"Title", "Location"}) {
+        const QRect place(field(name).mapTo(window.get(), QPoint()), field(name).size());
+        EXPECT_TRUE(card.contains(place)) << name;
+    }
+    const QWidget& cover = *childOf<ArtworkView>(*window);
+    EXPECT_EQ(cover.size(), QSize(145, 145));
+    EXPECT_GT(cover.mapTo(window.get(), QPoint()).x(),
+              field("Title").mapTo(window.get(), QPoint()).x());
+    EXPECT_TRUE(field("Title").hasFocus());
+    key(Qt::Key_Tab);
+    EXPECT_TRUE(field("Artist").hasFocus());
 }
 
 // ---- The cover of an album
@@ -319,6 +353,15 @@ TEST_F(AlbumCover, isPastedOrChosen) {
     dialog->selectFile(QString::fromUtf8(folder.path("front.png")));
     static_cast<QDialog*>(dialog)->accept();
     EXPECT_TRUE(waitFor("front.png"));
+}
+
+TEST_F(AlbumCover, showsASignOfWorkThatTakesTime) {
+    const auto isShown = [&] { return childOf<Spinner>(*zone)->isVisible(); };
+    zone->setImporting(true);
+    EXPECT_FALSE(isShown());
+    EXPECT_TRUE(test::spinUntil(isShown));
+    zone->setImporting(false);
+    EXPECT_FALSE(isShown());
 }
 
 TEST_F(AlbumCover, isLookedForOnDiscogs) {

@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include "ui/controls/AccessibleRole.h"
 #include "ui/theme/HalvenorTheme.h"
 
 namespace halvenor {
@@ -25,6 +26,7 @@ void paintShadow(QPainter& painter, const QRectF& card) {
 }  // namespace
 
 Overlay::Overlay(QWidget* window) : QWidget(window) {
+    setAccessibleRole(*this, QAccessible::Dialog);
     window->installEventFilter(this);
     setGeometry(window->rect());
     hide();

@@ -2,6 +2,7 @@
 
 #include <QPainter>
 
+#include "ui/controls/AccessibleRole.h"
 #include "ui/controls/CoverCache.h"
 #include "ui/controls/CoverPainting.h"
 
@@ -10,6 +11,7 @@ namespace halvenor {
 ArtworkView::ArtworkView(int side, double placeholderSize, QWidget* parent)
     : QWidget(parent), placeholderSize_(placeholderSize) {
     setFixedSize(side, side);
+    setAccessibleRole(*this, QAccessible::Graphic);
     setAccessibleName(QStringLiteral("Cover"));
     coverReady_ = CoverCache::shared().changed.subscribe([this](bool) { update(); });
 }

@@ -9,6 +9,7 @@
 #include <cmath>
 
 #include "editing/ArtworkSource.h"
+#include "ui/controls/AccessibleRole.h"
 #include "ui/controls/ElidedText.h"
 #include "ui/controls/Spinner.h"
 #include "ui/symbols/Symbols.h"
@@ -45,6 +46,7 @@ DropZone::DropZone(QWidget* parent)
       spinner_(new Spinner(18, this)) {
     setAcceptDrops(true);
     setMinimumHeight(leastHeight);
+    setAccessibleRole(*this, QAccessible::Pane);
     setAccessibleName(dropHint());
     name_->setLines(nameLines);
     spinner_->setAccessibleName(QStringLiteral("Importing"));
