@@ -17,12 +17,19 @@ class TextLabel : public QLabel {
     /// Where a line that is too long is cut.
     void setElideMode(Qt::TextElideMode mode) { elideMode_ = mode; }
 
+    /// Takes the height of this many lines, whatever the text: it stands in the middle of them, and
+    /// is cut short at the end of the last.
+    void setLines(int count);
+
     QSize minimumSizeHint() const override;
 
   protected:
     void paintEvent(QPaintEvent* event) override;
 
   private:
+    void paintLines(QPainter& painter, int horizontal) const;
+
+    int lines_ = 0;  // 0: as the text needs
     std::function<QColor()> colour_;
     Qt::TextElideMode elideMode_ = Qt::ElideRight;
 };

@@ -8,11 +8,11 @@
 #include <QVBoxLayout>
 
 #include "ui/controls/TextButton.h"
+#include "ui/controls/TextLabel.h"
 #include "ui/sheets/FileDialogs.h"
 #include "ui/tageditor/CoverSearchButton.h"
 #include "ui/tageditor/DropZone.h"
 #include "ui/tageditor/EditorRows.h"
-#include "ui/tageditor/TextLine.h"
 #include "ui/theme/HalvenorTheme.h"
 
 namespace halvenor {
@@ -80,8 +80,9 @@ QWidget* AlbumTagEditorView::makeFields() {
 QWidget* AlbumTagEditorView::makeCoverColumn() {
     auto* side = new QWidget(&body());
     auto* column = plainColumn(side, 0);
-    auto* caption = new TextLine(HalvenorTheme::font(12), &HalvenorTheme::secondaryText, side);
-    caption->setText(QStringLiteral("Cover"));
+    auto* caption = new TextLabel(QStringLiteral("Cover"), HalvenorTheme::font(12),
+                                  &HalvenorTheme::secondaryText);
+    caption->setLines(1);
     auto* zone = new DropZone(side);
     zone->onDrop = [this](const FileUrl& url) { editor_.loadArtwork(url); };
     const auto show = [this, zone](const auto&) {

@@ -12,9 +12,9 @@
 #include "ui/controls/AccessibleRole.h"
 #include "ui/controls/ElidedText.h"
 #include "ui/controls/Spinner.h"
+#include "ui/controls/TextLabel.h"
 #include "ui/symbols/Symbols.h"
 #include "ui/tageditor/ArtworkView.h"
-#include "ui/tageditor/TextLine.h"
 #include "ui/theme/HalvenorTheme.h"
 
 namespace halvenor {
@@ -42,12 +42,13 @@ QFont nameFont() {
 DropZone::DropZone(QWidget* parent)
     : QWidget(parent),
       artwork_(new ArtworkView(coverSide, 24, this)),
-      name_(new TextLine(nameFont(), &HalvenorTheme::titleText, this)),
+      name_(new TextLabel({}, nameFont(), &HalvenorTheme::titleText)),
       spinner_(new Spinner(18, this)) {
     setAcceptDrops(true);
     setMinimumHeight(leastHeight);
     setAccessibleRole(*this, QAccessible::Pane);
     setAccessibleName(dropHint());
+    name_->setParent(this);
     name_->setLines(nameLines);
     spinner_->setAccessibleName(QStringLiteral("Importing"));
     spinner_->hide();

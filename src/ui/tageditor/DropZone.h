@@ -12,7 +12,7 @@ namespace halvenor {
 
 class ArtworkView;
 class Spinner;
-class TextLine;
+class TextLabel;
 
 /// Where a cover is shown and a file with another one is dropped.
 class DropZone : public QWidget {
@@ -41,7 +41,7 @@ class DropZone : public QWidget {
     void layOut();
 
     ArtworkView* artwork_;
-    TextLine* name_;
+    TextLabel* name_;
     Spinner* spinner_;
     QTimer spinnerDelay_;
     bool hasArtwork_ = false;

@@ -6,7 +6,7 @@
 #include <QPainter>
 #include <QVBoxLayout>
 
-#include "ui/tageditor/TextLine.h"
+#include "ui/controls/TextLabel.h"
 #include "ui/theme/HalvenorTheme.h"
 
 namespace halvenor {
@@ -68,8 +68,8 @@ QVBoxLayout& stack(QWidget& row, const QString& title, double size) {
     auto* column = new QVBoxLayout(&row);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(EditableDetailRow::captionGap);
-    auto* caption = new TextLine(HalvenorTheme::font(size), &HalvenorTheme::secondaryText, &row);
-    caption->setText(title);
+    auto* caption = new TextLabel(title, HalvenorTheme::font(size), &HalvenorTheme::secondaryText);
+    caption->setLines(1);
     column->addWidget(caption);
     return *column;
 }

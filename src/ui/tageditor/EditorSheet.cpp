@@ -10,7 +10,7 @@
 
 #include "ui/controls/IconButton.h"
 #include "ui/controls/TextButton.h"
-#include "ui/tageditor/TextLine.h"
+#include "ui/controls/TextLabel.h"
 #include "ui/theme/HalvenorTheme.h"
 
 namespace halvenor {
@@ -47,9 +47,9 @@ QWidget* EditorSheet::makeHeader() {
     auto* header = new QWidget(card_);
     auto* row = new QHBoxLayout(header);
     row->setContentsMargins(0, 0, 0, 0);
-    auto* title =
-        new TextLine(HalvenorTheme::font(20, QFont::Bold), &HalvenorTheme::highlightText, header);
-    title->setText(form_.title);
+    auto* title = new TextLabel(form_.title, HalvenorTheme::font(20, QFont::Bold),
+                                &HalvenorTheme::highlightText);
+    title->setLines(1);
     auto* close =
         new IconButton(QStringLiteral("xmark"), 14, QStringLiteral("Close without saving"), header);
     close->setFixedSize(targetSide, targetSide);
@@ -66,7 +66,7 @@ QWidget* EditorSheet::makeFooter() {
     auto* row = new QHBoxLayout(footer);
     row->setContentsMargins(0, 0, 0, 0);
     row->setSpacing(8);
-    message_ = new TextLine(HalvenorTheme::font(11), &HalvenorTheme::secondaryText, footer);
+    message_ = new TextLabel({}, HalvenorTheme::font(11), &HalvenorTheme::secondaryText);
     message_->setLines(noteLines);
     auto* close = new TextButton(form_.closeLabel, footer);
     enlarge(*close);

@@ -7,7 +7,7 @@
 namespace halvenor {
 
 class TextButton;
-class TextLine;
+class TextLabel;
 
 /// What the two tag editors have in common: a card of a fixed size with a title and a close button
 /// at its head, and at its foot a note and the two answers. Return saves, Escape closes. It is
@@ -49,7 +49,7 @@ class EditorSheet : public Overlay {
     QWidget* card_;
     QWidget* body_;
     QWidget* closeButton_ = nullptr;
-    TextLine* message_ = nullptr;
+    TextLabel* message_ = nullptr;
     TextButton* save_ = nullptr;
 };
 

@@ -7,11 +7,11 @@
 
 #include <algorithm>
 
+#include "ui/controls/TextLabel.h"
 #include "ui/symbols/Symbols.h"
 #include "ui/tageditor/ArtworkView.h"
 #include "ui/tageditor/CoverSearchButton.h"
 #include "ui/tageditor/EditorRows.h"
-#include "ui/tageditor/TextLine.h"
 #include "ui/theme/HalvenorTheme.h"
 
 namespace halvenor {
@@ -33,8 +33,9 @@ class NothingToEdit : public QWidget {
   public:
     explicit NothingToEdit(QWidget* parent) : QWidget(parent) {
         auto* column = new QVBoxLayout(this);
-        auto* text = new TextLine(HalvenorTheme::font(13), &HalvenorTheme::secondaryText, this);
-        text->setText(QStringLiteral("Select a track to view details"));
+        auto* text = new TextLabel(QStringLiteral("Select a track to view details"),
+                                   HalvenorTheme::font(13), &HalvenorTheme::secondaryText);
+        text->setLines(1);
         text->setAlignment(Qt::AlignHCenter);
         column->addStretch();
         column->addSpacing(symbolRoom);
@@ -134,7 +135,7 @@ QWidget* TagEditorView::makeCoverColumn() {
 QWidget* TagEditorView::makeBatchEditor() {
     auto* content = new QWidget(&body());
     auto* column = plainColumn(content);
-    auto* note = new TextLine(HalvenorTheme::font(12), &HalvenorTheme::secondaryText, content);
+    auto* note = new TextLabel({}, HalvenorTheme::font(12), &HalvenorTheme::secondaryText);
     note->setText(
         QStringLiteral("Fields below apply to all %1 selected tracks. Track titles are preserved.")
             .arg(editor_->editingTracks().size()));
