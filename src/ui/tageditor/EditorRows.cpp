@@ -24,7 +24,6 @@ class SelectableValue : public QLineEdit {
         setFrame(false);
         setFont(HalvenorTheme::font(12));
         setFixedHeight(valueHeight);
-        setTextMargins(-2, 0, -2, 0);  // What the toolkit keeps free at both ends.
         setCursorPosition(0);
         alignToLayout();
     }
@@ -59,6 +58,8 @@ class SelectableValue : public QLineEdit {
         const bool isMirrored = layoutDirection() == Qt::RightToLeft;
         setAlignment((isMirrored ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute |
                      Qt::AlignVCenter);
+        // What the toolkit keeps free at both ends, and for the cursor behind a text at the right.
+        setTextMargins(-2, 0, isMirrored ? -4 : -2, 0);
     }
 
     Qt::TextElideMode elision_;

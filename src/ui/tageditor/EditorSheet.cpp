@@ -85,7 +85,8 @@ QWidget* EditorSheet::makeFooter() {
 void EditorSheet::present() {
     auto* first = body_->findChild<QLineEdit*>();
     if (first != nullptr) {
-        first->selectAll();
+        first->end(false);
+        first->home(true);  // From its end, so that a long text shows its beginning.
     }
     open(first != nullptr ? first : closeButton_);
 }
