@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -29,12 +30,14 @@ bool waitFor(const std::function<bool()>& condition) {
 
 }  // namespace
 
-Display::Display() {
+Display::Display(int width, int height) {
     const QTemporaryDir directory;
     const std::string file = directory.filePath(QStringLiteral("number")).toStdString();
-    server_ = ChildProcess({.command = {"Xvfb", "-displayfd", "1", "-screen", "0", "1280x800x24",
-                                        "-nolisten", "tcp", "-noreset"},
-                            .outputFile = file});
+    server_ =
+        ChildProcess({.command = {"Xvfb", "-displayfd", "1", "-screen", "0",
+                                  std::to_string(width) + "x" + std::to_string(height) + "x24",
+                                  "-nolisten", "tcp", "-noreset"},
+                      .outputFile = file});
     // The server chooses a free display and writes a whole line once it answers.
     const bool isThere = waitFor([&] {
         std::ifstream reader(file);
@@ -52,11 +55,59 @@ std::map<std::string, std::string> Display::environment() const {
     return {{"DISPLAY", name_}, {"QT_QPA_PLATFORM", "xcb"}, {"WAYLAND_DISPLAY", ""}};
 }
 
-int Display::xdotool(std::vector<std::string> arguments, const std::string& outputFile) const {
+int Display::xdotool(std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), "xdotool");
-    return ChildProcess(
-               {.command = arguments, .environment = environment(), .outputFile = outputFile})
-        .wait();
+    return ChildProcess({.command = arguments, .environment = environment()}).wait();
+}
+
+std::string Display::output(const std::vector<std::string>& command) const {
+    const QTemporaryDir directory;
+    const std::string file = directory.filePath(QStringLiteral("output")).toStdString();
+    ChildProcess({.command = command, .environment = environment(), .outputFile = file}).wait();
+    std::ifstream reader(file);
+    return {std::istreambuf_iterator<char>(reader), std::istreambuf_iterator<char>()};
+}
+
+bool Display::focus(const std::string& windowTitle) const {
+    return waitFor([&] {
+        return xdotool({"search", "--onlyvisible", "--name", "^" + windowTitle + "$", "windowfocus",
+                        "--sync"}) == 0;
+    });
+}
+
+bool Display::type(const std::string& text) const {
+    return xdotool({"type", "--delay", "4", text}) == 0;
+}
+
+bool Display::pressKeyAt(const std::string& windowTitle, int keyCode) const {
+    return focus(windowTitle) && xdotool({"key", std::to_string(keyCode)}) == 0;
+}
+
+void Display::setKeyboardLayout(const std::string& layout) const {
+    ChildProcess({.command = {"setxkbmap", layout}, .environment = environment()}).wait();
+}
+
+bool Display::click(const std::string& windowTitle, int x, int y, int times, int button) const {
+    return waitFor([&] {
+               return xdotool({"search", "--onlyvisible", "--name", "^" + windowTitle + "$",
+                               "mousemove", "--window", "%1", std::to_string(x),
+                               std::to_string(y)}) == 0;
+           }) &&
+           xdotool({"click", "--repeat", std::to_string(times), "--delay", "60",
+                    std::to_string(button)}) == 0;
+}
+
+std::string Display::windowId(const std::string& windowTitle) const {
+    const std::string found =
+        output({"xdotool", "search", "--onlyvisible", "--name", "^" + windowTitle + "$"});
+    return found.substr(0, found.find('\n'));
+}
+
+int Display::widthOf(const std::string& windowTitle) const {
+    const std::string geometry =
+        output({"xdotool", "getwindowgeometry", "--shell", windowId(windowTitle)});
+    const size_t at = geometry.find("WIDTH=");
+    return at == std::string::npos ? 0 : std::atoi(geometry.c_str() + at + 6);
 }
 
 void Display::startWindowManager() {
@@ -72,32 +123,22 @@ void Display::startWindowManager() {
 }
 
 int Display::windowCount(const std::string& windowTitle) const {
-    const QTemporaryDir directory;
-    const std::string file = directory.filePath(QStringLiteral("windows")).toStdString();
-    xdotool({"search", "--onlyvisible", "--name", "^" + windowTitle + "$"}, file);
-    std::ifstream reader(file);
-    return static_cast<int>(
-        std::count(std::istreambuf_iterator<char>(reader), std::istreambuf_iterator<char>(), '\n'));
+    const std::string found =
+        output({"xdotool", "search", "--onlyvisible", "--name", "^" + windowTitle + "$"});
+    return static_cast<int>(std::ranges::count(found, '\n'));
 }
 
-// The keys go to whatever has the focus: the window is gone before they are let go.
 bool Display::close(const std::string& windowTitle) const {
-    return waitFor([&] {
-        return xdotool({"search", "--onlyvisible", "--name", "^" + windowTitle + "$", "windowfocus",
-                        "--sync"}) == 0 &&
-               xdotool({"key", "alt+F4"}) == 0;
-    });
+    return press(windowTitle, "alt+F4");
 }
 
 void Display::minimise(const std::string& windowTitle) const {
     xdotool({"search", "--onlyvisible", "--name", "^" + windowTitle + "$", "windowminimize"});
 }
 
+// The key goes to whatever has the keyboard: a window may be gone before it is let go.
 bool Display::press(const std::string& windowTitle, const std::string& key) const {
-    return waitFor([&] {
-        return xdotool({"search", "--onlyvisible", "--name", "^" + windowTitle + "$", "windowfocus",
-                        "--sync", "key", key}) == 0;
-    });
+    return focus(windowTitle) && xdotool({"key", key}) == 0;
 }
 
 }  // namespace halvenor::test

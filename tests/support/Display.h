@@ -12,8 +12,9 @@ namespace halvenor::test {
 /// object, by its process id.
 class Display {
   public:
+    /// @param width,height of its screen in pixels
     /// @throws std::runtime_error when none answers
-    Display();
+    explicit Display(int width = 1280, int height = 800);
 
     /// What a program needs to show its windows here, as variables of its environment.
     std::map<std::string, std::string> environment() const;
@@ -21,6 +22,23 @@ class Display {
     /// @param key the name of an X key symbol ("space", "m")
     /// @return whether there was such a window
     bool press(const std::string& windowTitle, const std::string& key) const;
+    /// Gives the window the keyboard. @return whether there was such a window
+    bool focus(const std::string& windowTitle) const;
+    /// Types a text where the keyboard is.
+    bool type(const std::string& text) const;
+    /// Presses a key where the keyboard is: a menu has it without being a window's.
+    bool typeKey(const std::string& key) const { return xdotool({"key", key}) == 0; }
+    /// The same as press() for a place on the keyboard, whatever is written there now.
+    /// @param keyCode as X11 counts
+    bool pressKeyAt(const std::string& windowTitle, int keyCode) const;
+    /// Puts other letters on the keyboard. @param layout as setxkbmap names it
+    void setKeyboardLayout(const std::string& layout) const;
+    /// Clicks into a window. @param x,y pixels from its upper left corner
+    bool click(const std::string& windowTitle, int x, int y, int times = 1, int button = 1) const;
+    /// The number by which other programs know the window; empty if there is none.
+    std::string windowId(const std::string& windowTitle) const;
+    /// In pixels; 0 if there is no such window.
+    int widthOf(const std::string& windowTitle) const;
     /// Has windows managed: they can be closed and minimised.
     void startWindowManager();
     /// How many windows of this title there are that can be seen.
@@ -32,7 +50,8 @@ class Display {
     void minimise(const std::string& windowTitle) const;
 
   private:
-    int xdotool(std::vector<std::string> arguments, const std::string& outputFile = {}) const;
+    int xdotool(std::vector<std::string> arguments) const;
+    std::string output(const std::vector<std::string>& command) const;
 
     std::string name_;
     ChildProcess server_;

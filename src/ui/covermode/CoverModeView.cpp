@@ -4,11 +4,13 @@
 #include <QPainter>
 #include <QStyle>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
 #include "platform/desktop/FileManager.h"
 #include "state/AppState.h"
+#include "ui/controls/AccessibleRole.h"
 #include "ui/controls/ElidedText.h"
 #include "ui/controls/IconButton.h"
 #include "ui/controls/PlaylistMenu.h"
@@ -31,6 +33,7 @@ constexpr int textHeight = 62;
 constexpr int titleHeight = 34;
 constexpr int timelineHeight = 40;
 constexpr int volumeHeight = 32;
+constexpr int edgeMargin = 32;
 
 QColor surface() {
     return Qt::black;
@@ -43,6 +46,7 @@ CoverModeView::CoverModeView(AppState& state, QWidget* parent)
     AudioEngineManager& engine = state_.audioEngine();
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAccessibleName(QStringLiteral("Cover Mode"));
+    setAccessibleRole(*this, QAccessible::Grouping);
     setFocusPolicy(Qt::ClickFocus);
     const auto leave = [this] { state_.isCoverModePresented = false; };
     connect(cover_, &QAbstractButton::clicked, this, leave);
@@ -164,7 +168,7 @@ void CoverModeView::layOut() {
     const int glyphInset = (button.width() - static_cast<int>(smallSymbol) - 3) / 2;
     place(favorite_, {QPoint(left - glyphInset, top), button});
     top += button.height() + rowSpacing;
-    textRect_ = {left, top, width, textHeight};
+    textRect_ = {left, top, std::min(width, this->width() - left - edgeMargin), textHeight};
     top += textHeight + rowSpacing;
     int x = left - glyphInset;
     for (IconButton* control : {previous_, play_, next_}) {
@@ -173,7 +177,10 @@ void CoverModeView::layOut() {
         x += size.width() + controlSpacing;
     }
     top += play.height() + rowSpacing;
-    place(timeline_, {left, top, std::min(whole(sizes.timelineWidth), width), timelineHeight});
+    // The column may reach the window's edge; its contents keep away from it.
+    const int timeline =
+        std::min({whole(sizes.timelineWidth), width, this->width() - left - edgeMargin});
+    place(timeline_, {left, top, timeline, timelineHeight});
     top += timelineHeight + rowSpacing;
     const int volume = whole(sizes.volumeWidth);
     place(volume_, {left - glyphInset, top, volume, volumeHeight});

@@ -59,8 +59,12 @@ void SidebarView::showSection(SidebarSection section) {
 void SidebarView::refresh() {
     const bool isFolders = section_ == SidebarSection::folders;
     const bool isEmpty = state_.rootFolders->empty();
-    hint_->setVisible(isFolders && isEmpty);
+    const bool wasInHint = hint_->isAncestorOf(window()->focusWidget());
     tree_->setVisible(isFolders && !isEmpty);
+    if (wasInHint && tree_->isVisible()) {
+        tree_->setFocus(Qt::OtherFocusReason);
+    }
+    hint_->setVisible(isFolders && isEmpty);
     if (playlists_ != nullptr) {
         playlists_->setVisible(!isFolders);
     }
