@@ -1,16 +1,21 @@
-// The entry: the state first, then the window on it. With "--test" the program also plays through
-// a small library of its own, prints what it saw, and ends.
+// The entry: the state first, then the window on it, then what the command line names. With
+// "--test" the program plays through a small library of its own, prints what it saw, and ends.
 #include <QApplication>
 #include <QSessionManager>
 #include <QTimer>
 
-#include <algorithm>
 #include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <span>
-#include <string_view>
+#include <unistd.h>
+#include <utility>
+#include <vector>
 
+#include "base/FileStatus.h"
+#include "commandline/CommandLine.h"
 #include "platform/appearance/DesktopPreferences.h"
 #include "platform/audio/AudioOutputDevices.h"
 #include "platform/audio/Outputs.h"
@@ -34,10 +39,47 @@ bool hasDisplay() {
            qEnvironmentVariableIsSet("QT_QPA_PLATFORM");
 }
 
-bool wantsSelfTest(int argc, char** argv) {
-    const std::span arguments(argv, static_cast<size_t>(argc));
-    return std::ranges::any_of(arguments.subspan(std::min<size_t>(1, arguments.size())),
-                               [](std::string_view argument) { return argument == "--test"; });
+// As the kernel tells it, which is bytes. Without one (it was removed) the root stands in.
+FileUrl workingFolder() {
+    const std::unique_ptr<char, decltype(&std::free)> path(::getcwd(nullptr, 0), &std::free);
+    return FileUrl(path ? QByteArray(path.get()) : QByteArray("/"));
+}
+
+/// What needs neither a display nor another process: the exit code; absent for all else.
+std::optional<int> answerAtOnce(const CommandLine& commandLine) {
+    switch (commandLine.task) {
+        case CommandLine::Task::help:
+            std::fputs(CommandLine::helpText().constData(), stdout);
+            return 0;
+        case CommandLine::Task::version:
+            std::fputs(CommandLine::versionText().constData(), stdout);
+            return 0;
+        case CommandLine::Task::refuse:
+            std::fputs(commandLine.problem.constData(), stderr);
+            return 2;
+        case CommandLine::Task::open:
+        case CommandLine::Task::selfTest:
+            break;
+    }
+    return std::nullopt;
+}
+
+LaunchRequest requestFor(const CommandLine& commandLine) {
+    LaunchRequest request = LaunchRequest::fromEnvironment();
+    request.places = commandLine.places;
+    return request;
+}
+
+// Every folder becomes a Location; of several files one can play.
+void open(AppState& state, const std::vector<FileUrl>& places) {
+    bool hasFile = false;
+    for (const FileUrl& place : places) {
+        const auto status = fileStatus(place);
+        const bool isFolder = status && status->kind == FileStatus::Kind::folder;
+        if (isFolder || !std::exchange(hasFile, true)) {
+            state.openFromOutside(place);
+        }
+    }
 }
 
 AppState::Dependencies userDependencies(const DesktopPreferences& preferences) {
@@ -48,7 +90,8 @@ AppState::Dependencies userDependencies(const DesktopPreferences& preferences) {
     return user;
 }
 
-// A launch while another process of this user runs is that one's: it shows its window.
+// A launch while another process of this user runs is that one's: it shows its window and opens
+// what was asked for.
 int handOver(const SingleInstance& instance) {
     if (instance.role() == SingleInstance::Role::unanswered) {
         qWarning("%s", qPrintable(instance.problem()));
@@ -83,10 +126,15 @@ void followLifecycle(AppState& state, QApplication& application) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    const bool isSelfTest = wantsSelfTest(argc, argv);
+    const CommandLine commandLine =
+        CommandLine::parse({argv, static_cast<size_t>(argc)}, workingFolder());
+    if (const auto exitCode = answerAtOnce(commandLine)) {
+        return *exitCode;
+    }
+    const bool isSelfTest = commandLine.task == CommandLine::Task::selfTest;
     std::optional<SingleInstance> instance;
     if (!isSelfTest) {
-        instance.emplace();
+        instance.emplace(requestFor(commandLine));
         if (instance->role() != SingleInstance::Role::first) {
             return handOver(*instance);
         }
@@ -124,8 +172,10 @@ int main(int argc, char** argv) {
         selfTest.emplace(state, *selfTestHome);
         selfTest->start([] { QApplication::exit(0); });
     } else {
-        instance->setOnLaunch([&shell](const LaunchRequest& request) {
+        open(state, commandLine.places);
+        instance->setOnLaunch([&](const LaunchRequest& request) {
             takeActivationToken(request);
+            open(state, request.places);
             shell.showMainWindow();
         });
         preferences.start();

@@ -105,6 +105,9 @@ void AppState::updateNowPlaying(const Track& track) {
 }
 
 void AppState::openFromOutside(const FileUrl& url) {
+    // What is asked for now comes before what was there last time, which may be on its way still.
+    playbackRestoreTask_.cancel();
+    isListRestoring_ = false;
     const std::optional<FileStatus> status = fileStatus(url);
     if (status && status->kind == FileStatus::Kind::folder) {
         openDirectory(url.standardized());

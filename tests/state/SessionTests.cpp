@@ -203,6 +203,30 @@ TEST_F(SessionTest, theUserIsFasterThanTheWayToTheFolder) {
     EXPECT_EQ(titles(*state().playingQueue), "2");
 }
 
+// A start with a file or a folder on its command line.
+TEST_F(SessionTest, whatIsOpenedFromOutsideAtTheStartIsNotOvertakenByTheLastTrack) {
+    makeFolder("lib/old", {"1.wav"});
+    makeFolder("lib/new", {"2.wav", "3.wav"});
+    addLocation("lib");
+    restartWith(folder("lib/old/1.wav").path(), 0.02);
+    state().openFromOutside(folder("lib/new"));
+    letTagsBeRead();
+    ASSERT_TRUE(spinUntil([&] { return state().isFolderLoaded(item("lib/new")); }));
+    EXPECT_EQ((*state().selectedFolder)->url(), folder("lib/new"));
+    EXPECT_EQ(titles(*state().playbackQueue), "2 3");
+    EXPECT_EQ(current(), "none");
+    state().willTerminate();
+    EXPECT_EQ(storedSettings().path("PlayerLastTrackPath"), folder("lib/old/1.wav").path());
+
+    restartWith(folder("lib/old/1.wav").path(), 0.02);
+    state().openFromOutside(folder("lib/new/3.wav"));
+    ASSERT_TRUE(spinUntil([&] { return current() == "3"; }));
+    letTagsBeRead();
+    EXPECT_EQ(current(), "3");
+    EXPECT_TRUE(*engine().isPlaying);
+    EXPECT_TRUE(state().playbackHistory->isEmpty());
+}
+
 TEST_F(SessionTest, theWayBeginsAtTheDeepestLocation) {
     makeFolder("lib/x/sub/album", {"1.wav", "2.wav"});
     addLocation("lib");

@@ -6,13 +6,14 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "base/FileUrl.h"
 
 namespace halvenor {
 
-/// What a launch hands to the process that runs already, so that the desktop lets that one's window
-/// come to the front.
+/// What a launch hands to the process that runs already: what to open, and what makes the desktop
+/// let that one's window come to the front.
 struct LaunchRequest {
     /// What the desktop gave this process for the purpose: XDG_ACTIVATION_TOKEN and
     /// DESKTOP_STARTUP_ID. Any thread that does not race with changes of the environment.
@@ -20,6 +21,9 @@ struct LaunchRequest {
 
     QByteArray activationToken;  ///< of xdg-activation; empty for none
     QByteArray startupId;        ///< of X11's startup notification; empty for none
+    /// Files and folders to open, absolute. Together they have room for some hundred names of the
+    /// usual length; the last ones of more are left out, and the log says so.
+    std::vector<FileUrl> places = {};
 };
 
 /// One process for each user: the first launch stays, each later one makes the first show its

@@ -43,8 +43,12 @@ int main(int argc, char** argv) {
     }
     const QCoreApplication application(argc, argv);
     instance.setOnLaunch([](const LaunchRequest& request) {
-        std::printf("launch %s %s\n", request.activationToken.constData(),
+        std::printf("launch %s %s", request.activationToken.constData(),
                     request.startupId.constData());
+        for (const FileUrl& place : request.places) {
+            std::printf(" %s", place.encoded().constData());
+        }
+        std::puts("");
     });
     return QCoreApplication::exec();
 }

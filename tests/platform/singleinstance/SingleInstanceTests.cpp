@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QFile>
 
+#include <algorithm>
 #include <csignal>
 #include <cstring>
 #include <ctime>
@@ -104,6 +105,25 @@ TEST_F(SingleInstanceTest, theLaunchThatWaitsIsAnsweredAfterTheWindowShows) {
     EXPECT_EQ(later.role(), Role::second);
     // Already printed when the answer came: no waiting here.
     EXPECT_THAT(first.printed(), HasSubstr("launch our-token our-id"));
+}
+
+TEST_F(SingleInstanceTest, whatIsToBeOpenedArrivesByteForByteAndAsMuchAsFits) {
+    Launch first(folder_, {"serve"});
+    ASSERT_TRUE(first.hasPrinted("first"));
+    const auto handOver = [&](const std::vector<FileUrl>& places) {
+        const SingleInstance later({"", "", places}, 20s, folder_.at("instance"));
+        EXPECT_EQ(later.role(), Role::second);
+    };
+    const FileUrl hostile("/m/two\nlines=\xff and more");
+    const FileUrl longest("/" + QByteArray(4000, '\xfe'));
+    handOver({hostile, longest, FileUrl("/m")});
+    EXPECT_THAT(first.printed(), HasSubstr("launch   " + hostile.encoded().toStdString() + " " +
+                                           longest.encoded().toStdString() + " " +
+                                           FileUrl("/m").encoded().toStdString() + "\n"));
+    handOver(std::vector<FileUrl>(100, longest));
+    const std::string printed = first.printed();
+    const std::string last = printed.substr(printed.rfind("launch"));
+    EXPECT_EQ(std::ranges::count(last, '/'), 3 * 5) << "each is 12 kB of 64";
 }
 
 TEST_F(SingleInstanceTest, ofManyAtOnceOneStays) {

@@ -63,9 +63,17 @@ QByteArray packetOf(const LaunchRequest& request) {
         if (!value.isEmpty() && !value.contains('\n') && fits) {
             packet += key + value + '\n';
         }
+        return fits;
     };
     add("activation-token=", request.activationToken);
     add("startup-id=", request.startupId);
+    // Encoded, as a name may hold a line's end.
+    const auto firstLeftOut = std::ranges::find_if_not(
+        request.places, [&add](const FileUrl& place) { return add("open=", place.encoded()); });
+    if (firstLeftOut != request.places.end()) {
+        qWarning("Too many files at once: %td of them are not opened",
+                 request.places.end() - firstLeftOut);
+    }
     return packet;
 }
 
@@ -168,6 +176,10 @@ std::optional<LaunchRequest> parseRequest(const QByteArray& packet) {
             request.activationToken = line.mid(sign + 1);
         } else if (key == "startup-id") {
             request.startupId = line.mid(sign + 1);
+        } else if (key == "open") {
+            if (const auto place = FileUrl::fromEncoded(QByteArrayView(line).sliced(sign + 1))) {
+                request.places.push_back(*place);
+            }
         }
     }
     return request;

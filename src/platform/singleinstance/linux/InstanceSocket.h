@@ -16,8 +16,9 @@ namespace halvenor::instance {
 
 using Clock = std::chrono::steady_clock;
 
-/// Packets are at most this long, in bytes; tokens are far shorter.
-inline constexpr size_t packetSize = 4096;
+/// Packets are at most this long, in bytes: enough for the longest paths there are, several times
+/// over, and well below what the system takes as one packet.
+inline constexpr size_t packetSize = 65536;
 
 /// Makes the folder if it is missing and opens it.
 /// @throws Error (io), also where the folder is another's or open to others

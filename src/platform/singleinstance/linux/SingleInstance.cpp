@@ -38,7 +38,7 @@ QString problemOf(std::optional<pid_t> process) {
 }  // namespace
 
 LaunchRequest LaunchRequest::fromEnvironment() {
-    return {qgetenv("XDG_ACTIVATION_TOKEN"), qgetenv("DESKTOP_STARTUP_ID")};
+    return {qgetenv("XDG_ACTIVATION_TOKEN"), qgetenv("DESKTOP_STARTUP_ID"), {}};
 }
 
 /// The first process's side: lock, socket and the launches that are being answered.
