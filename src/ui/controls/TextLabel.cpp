@@ -1,10 +1,11 @@
 #include "ui/controls/TextLabel.h"
 
 #include <QPainter>
-#include <QStyle>
 #include <QTextLayout>
 
 #include <utility>
+
+#include "ui/controls/ElidedText.h"
 
 namespace halvenor {
 
@@ -53,8 +54,7 @@ QSize TextLabel::minimumSizeHint() const {
 void TextLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setPen(colour_());
-    const int horizontal = static_cast<int>(
-        QStyle::visualAlignment(layoutDirection(), alignment() & Qt::AlignHorizontal_Mask));
+    const int horizontal = textFlags(painter, text(), alignment() & Qt::AlignHorizontal_Mask);
     if (lines_ > 0) {
         paintLines(painter, horizontal);
         return;

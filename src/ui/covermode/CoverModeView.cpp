@@ -45,8 +45,8 @@ CoverModeView::CoverModeView(AppState& state, QWidget* parent)
     : QWidget(parent), state_(state), cover_(new LargeCover(this)) {
     AudioEngineManager& engine = state_.audioEngine();
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setAccessibleName(QStringLiteral("Cover Mode"));
     setAccessibleRole(*this, QAccessible::Grouping);
+    setAccessibleName(QStringLiteral("Cover Mode"));
     setFocusPolicy(Qt::ClickFocus);
     const auto leave = [this] { state_.isCoverModePresented = false; };
     connect(cover_, &QAbstractButton::clicked, this, leave);

@@ -1,7 +1,5 @@
 #include "ui/playerbar/TimelineView.h"
 
-#include <QStyle>
-
 #include <algorithm>
 
 #include "state/AppState.h"
@@ -26,6 +24,7 @@ TimelineView::TimelineView(AppState& state, const Look& look, QWidget* parent)
       waveform_(new WaveformView(QStringLiteral("Position"), this)),
       total_(new TimeLabel(QStringLiteral("Duration"),
                            look.areTimesAtEnds ? Qt::AlignRight : Qt::AlignLeft, this)) {
+    setLayoutDirection(Qt::LeftToRight);
     for (TimeLabel* label : {elapsed_, total_}) {
         label->setSurface(look.surface);
         label->setSurround(look.surround);
@@ -120,14 +119,14 @@ void TimelineView::followTime() {
     }
 }
 
-// Measures text, so it waits until there is something to show.
+// Time runs from left to right in every script: this is never mirrored. Measures text, so it waits
+// until there is something to show.
 void TimelineView::layOut() {
     if (!isVisible()) {
         return;
     }
     const auto place = [this](QWidget* widget, int left, const QSize& size) {
-        const QRect where(left, (height() - size.height()) / 2, size.width(), size.height());
-        widget->setGeometry(QStyle::visualRect(layoutDirection(), rect(), where));
+        widget->setGeometry(left, (height() - size.height()) / 2, size.width(), size.height());
         return left + size.width();
     };
     const QSize total = total_->sizeHint();
