@@ -38,6 +38,15 @@ void reportError(const std::exception& error) {
 
 }  // namespace
 
+DiscogsConfiguration DiscogsConfiguration::fromEnvironment() {
+    DiscogsConfiguration configuration;
+    const QUrl search(qEnvironmentVariable("HALVENOR_DISCOGS_SEARCH"), QUrl::StrictMode);
+    if (search.isValid() && !search.isRelative()) {
+        configuration.baseUrl = search;
+    }
+    return configuration;
+}
+
 DiscogsService& DiscogsService::shared() {
     return applicationOwned<DiscogsService>();
 }

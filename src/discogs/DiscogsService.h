@@ -17,6 +17,9 @@ namespace halvenor {
 /// Where Discogs is, and what it may take of time and memory.
 struct DiscogsConfiguration {
     DiscogsConfiguration() = default;
+    /// The defaults, but for the search of the database, which HALVENOR_DISCOGS_SEARCH in the
+    /// environment moves elsewhere: to a cache, a proxy or a test.
+    static DiscogsConfiguration fromEnvironment();
 
     /// The search of the database, for programs.
     QUrl baseUrl{QStringLiteral("https://api.discogs.com/database/search")};
@@ -39,7 +42,8 @@ class DiscogsService {
     static DiscogsService& shared();
 
     /// Outlives its searches.
-    explicit DiscogsService(DiscogsConfiguration configuration = {});
+    explicit DiscogsService(
+        DiscogsConfiguration configuration = DiscogsConfiguration::fromEnvironment());
 
     /// The bytes of the first image that Discogs has for an album of this artist: of the results in
     /// the service's order that name both, the cover, or else the release's images. Nothing when

@@ -1,11 +1,21 @@
 // Tags are edited as a user does it: by the keyboard, in the real window. Another program reads
 // what is in the file then.
+#include <QBuffer>
+#include <QFile>
+#include <QFileInfo>
+#include <QImage>
+
 #include <csignal>
+#include <sys/stat.h>
 
 #include "program/DesktopFixture.h"
+#include "support/EventLoop.h"
+#include "support/HttpServer.h"
 
 namespace halvenor::test {
 namespace {
+
+using namespace std::chrono_literals;
 
 class EditorProgramTest : public MediaKeyTest {
   protected:
@@ -43,6 +53,141 @@ TEST_F(EditorProgramTest, aTitleIsTypedAndSaved) {
     press("Return");  // The list has the focus again: it plays the row, as the list knows it.
     EXPECT_TRUE(becomes({"metadata", "xesam:url"}, urlOf("3.flac")));
     EXPECT_TRUE(becomes({"metadata", "xesam:title"}, "new m"));
+    send(SIGTERM);
+    expectOrderlyEnd();
+}
+
+// An album of three, used by somebody who is not root: for root no file is read-only.
+class AlbumEditorTest : public DesktopTest {
+  protected:
+    AlbumEditorTest() {
+        home_.makeFolder("lib/three");
+        for (const char* name : {"1.flac", "2.flac", "3.flac"}) {
+            mediaKind("flac 16").write(albumFile(name), music_.part(0, rate));
+        }
+        makeAlbumTheLast();
+        server_.answer("/search", HttpAnswer::ok(searchAnswer()));
+        server_.answer("/found.jpg", HttpAnswer::ok(found_, "image/jpeg"));
+        QFile browsed(QString::fromUtf8(home_.path("browsed.webp")));
+        EXPECT_TRUE(browsed.open(QIODevice::WriteOnly));
+        browsed.write(picture("WEBP", 90));
+        browsed.close();
+    }
+
+    FileUrl albumFile(const char* name) const {
+        return home_.at("lib/three").appendingPathComponent(name);
+    }
+    // The track that is remembered decides which folder is open at the start.
+    void makeAlbumTheLast() {
+        Settings settings(settingsFile());
+        settings.setPath("PlayerLastTrackPath", albumFile("1.flac").path());
+        settings.setNumber("PlayerLastPosition", 0);
+    }
+    static QByteArray picture(const char* format, int hue) {
+        QImage image(64, 64, QImage::Format_RGB32);
+        image.fill(QColor::fromHsv(hue, 200, 200));
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        buffer.open(QIODevice::WriteOnly);
+        EXPECT_TRUE(image.save(&buffer, format));
+        return bytes;
+    }
+    QByteArray searchAnswer() const {
+        return "{\"results\": [{\"title\": \"The Band - Three\", \"cover_image\": \"" +
+               server_.address("/found.jpg") + "\"}]}";
+    }
+
+    // @return whether that user can start it
+    bool startUnprivileged() {
+        runProgram({QStringLiteral("chown"), QStringLiteral("-R"), user_,
+                    QString::fromUtf8(home_.url().path())});
+        auto variables = environment();
+        variables["HALVENOR_DISCOGS_SEARCH"] = server_.address("/search").toStdString();
+        const std::string id = user_.toStdString();
+        const auto as = [&](const std::string& program) {
+            return std::vector<std::string>{"setpriv", "--reuid=" + id, "--regid=" + id,
+                                            "--clear-groups", program};
+        };
+        if (ChildProcess({.command = as("true")}).wait() != 0 ||
+            !QFileInfo(QStringLiteral(HALVENOR_PROGRAM)).permission(QFile::ExeOther)) {
+            return false;
+        }
+        program_ = ChildProcess({.command = as(HALVENOR_PROGRAM), .environment = variables});
+        return true;
+    }
+    void pressAll(std::initializer_list<const char*> keys) {
+        for (const char* key : keys) {
+            press(key);
+        }
+    }
+    // From the cover's menu, whose last entry it is.
+    void openAlbumEditor() {
+        ASSERT_TRUE(display_.click("Halvenor", 426, 100, 1, 3));
+        spinFor(300ms);
+        ASSERT_TRUE(display_.typeKey("Up"));
+        ASSERT_TRUE(display_.typeKey("Return"));
+        spinFor(300ms);
+    }
+    QByteArray tag(const char* file, const char* name) const {
+        return runProgram({QStringLiteral("metaflac"),
+                           QStringLiteral("--show-tag=") + QLatin1String(name),
+                           QString::fromUtf8(albumFile(file).path())})
+            .trimmed();
+    }
+    QByteArray cover(const char* file) const {
+        return runProgram({QStringLiteral("metaflac"), QStringLiteral("--export-picture-to=-"),
+                           QString::fromUtf8(albumFile(file).path())});
+    }
+
+    const QString user_ = QStringLiteral("65534");
+    const QByteArray found_ = picture("JPEG", 200);
+    HttpServer server_;
+};
+
+TEST_F(AlbumEditorTest, anAlbumGetsItsTextsAndCoversAndTellsWhatItCouldNotWrite) {
+    if (!startUnprivileged()) {
+        GTEST_SKIP() << "no other user can start the program here";
+    }
+    ASSERT_TRUE(spinUntil([&] { return display_.isShown("Halvenor"); }));
+    spinFor(1500ms);
+    press("Escape");  // That user has no sound server, and was told.
+    openAlbumEditor();
+    ASSERT_TRUE(display_.type("Three"));
+    press("Tab");
+    ASSERT_TRUE(display_.type("The Band"));
+    press("Tab");
+    ASSERT_TRUE(display_.type("The Band"));
+    pressAll({"Tab", "Tab", "Return"});  // past the year: the search
+    ASSERT_TRUE(spinUntil([&] { return server_.targets().contains("/found.jpg"); }));
+    EXPECT_EQ(server_.targets().first(), "/search?q=The%20Band%20Three&type=release&per_page=25");
+    spinFor(500ms);
+    pressAll({"shift+Tab", "Return"});  // from the field of the year
+    ASSERT_TRUE(spinUntil([&] { return tag("3.flac", "ALBUM") == "ALBUM=Three"; }));
+    for (const char* file : {"1.flac", "2.flac", "3.flac"}) {
+        EXPECT_EQ(tag(file, "ARTIST"), "ARTIST=The Band") << file;
+        EXPECT_EQ(cover(file), found_) << file << ": a JPEG is kept byte for byte";
+    }
+
+    ASSERT_EQ(::chmod(albumFile("2.flac").path().constData(), 0400), 0);
+    spinFor(300ms);
+    openAlbumEditor();
+    pressAll({"Tab", "Tab", "Tab"});
+    ASSERT_TRUE(display_.type("1987"));
+    pressAll({"Tab", "Tab", "Return"});  // past the search: browse
+    ASSERT_TRUE(spinUntil([&] { return display_.isShown("Choose a Cover"); }));
+    ASSERT_TRUE(display_.focus("Choose a Cover"));
+    ASSERT_TRUE(display_.type(home_.path("browsed.webp").toStdString()));
+    ASSERT_TRUE(display_.press("Choose a Cover", "Return"));
+    ASSERT_TRUE(spinUntil([&] { return !display_.isShown("Choose a Cover"); }));
+    spinFor(700ms);
+    pressAll({"shift+Tab", "shift+Tab", "Return"});
+    ASSERT_TRUE(spinUntil([&] { return tag("3.flac", "DATE") == "DATE=1987"; }));
+    EXPECT_EQ(tag("1.flac", "DATE"), "DATE=1987");
+    EXPECT_EQ(tag("2.flac", "DATE"), "");
+    EXPECT_EQ(cover("2.flac"), found_);
+    EXPECT_TRUE(cover("1.flac").startsWith("\x89PNG")) << "a WebP becomes a PNG";
+    EXPECT_EQ(QImage::fromData(cover("1.flac")).size(), QSize(64, 64));
+    press("Escape");  // It has stayed open, to tell of the one.
     send(SIGTERM);
     expectOrderlyEnd();
 }
