@@ -140,8 +140,11 @@ struct Move {
 
     /// Nothing skipped, but for what the server lost by itself, and no more repeated than it held.
     void expectClean(int64_t lostByServer = 0) const {
-        EXPECT_EQ(after.gaps + after.repeated + after.changed + after.excess, 0) << after.text();
-        EXPECT_EQ(after.lost, entered) << "from there on to the end: " << after.text();
+        EXPECT_EQ(after.gaps + after.changed + after.excess, 0) << after.text();
+        // A server that is slow to follow is helped along, and may then hear a little again.
+        EXPECT_LE(after.repeated, serverLatency) << after.text();
+        EXPECT_EQ(after.lost, entered + after.repeated)
+            << "from there on to the end: " << after.text();
         std::cout << "left at " << left << ", entered at " << entered << std::endl;
         if (left < heardBefore - serverLatency) {
             // PipeWire may end a recorder before it has passed on what the sink had.
