@@ -23,6 +23,7 @@
 #include "playback/AudioEngineManager.h"
 #include "support/Measure.h"
 #include "support/PlayedMusic.h"
+#include "support/Report.h"
 #include "support/SoundServer.h"
 
 using namespace halvenor;
@@ -167,7 +168,10 @@ bool report(const char* what, Bench& bench, Back back, int rounds) {
     std::printf(
         "%s: the music is %.1f ms late (%.1f to %.1f); bound %.0f ms and the server's %.0f ms\n",
         what, bench::median(delays), least, most, ownBound, serverLatency);
-    return most <= ownBound + serverLatency;
+    return bench::report({.work = std::string("music late: ") + what,
+                          .unit = "ms",
+                          .ours = most,
+                          .bound = ownBound + serverLatency});
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 
 #include "platform/audio/Outputs.h"
 #include "state/AppState.h"
+#include "support/Report.h"
 
 namespace {
 
@@ -73,6 +74,10 @@ double longestStall(const std::function<void()>& work, const std::function<bool(
 void print(const char* what, double milliseconds) {
     std::printf("library   %-52s %6.1f ms   bound %4.1f ms%s\n", what, milliseconds, frame,
                 milliseconds > frame ? "  MISSED" : "");
+    bench::report({.work = std::string("stall: ") + what,
+                   .unit = "ms",
+                   .ours = milliseconds,
+                   .bound = frame});
 }
 
 AppState::Dependencies dependencies(const FileUrl& home) {

@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "support/Measure.h"
+#include "support/Report.h"
 #include "support/XServer.h"
 
 namespace {
@@ -137,6 +138,17 @@ int main(int argc, char** argv) {
     std::printf(
         "start to painted window: %.1f ms, empty Qt window %.1f ms, ratio %.2f (bound 1.3)\n",
         median(ours), median(empty), median(ratios));
+    bench::report({.work = "start to painted window",
+                   .unit = "ms",
+                   .ours = median(ours),
+                   .baseline = median(empty),
+                   .ratio = median(ratios),
+                   .bound = 1.3});
+    bench::report({.work = "memory at rest (PSS)",
+                   .unit = "kB",
+                   .ours = ourMemory.kilobytes,
+                   .baseline = emptyMemory.kilobytes,
+                   .bound = 1.3});
     std::printf("memory at rest (PSS): %.0f kB, empty Qt window %.0f kB, ratio %.2f (bound 1.3)\n",
                 ourMemory.kilobytes, emptyMemory.kilobytes,
                 ourMemory.kilobytes / emptyMemory.kilobytes);

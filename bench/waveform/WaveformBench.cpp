@@ -15,6 +15,7 @@
 #include <limits>
 
 #include "support/PlayedMusic.h"
+#include "support/Report.h"
 #include "waveform/PeakDecoding.h"
 
 using namespace halvenor;
@@ -53,6 +54,10 @@ void measure(const char* name, const FileUrl& url, int minutes) {
         "ratio %.2f; %.0f ms go by on one core, %.0f on %d\n",
         minutes, name, one.processor * 1000, decoding * 1000, one.processor / decoding,
         one.elapsed * 1000, all.elapsed * 1000, cores);
+    bench::report({.work = std::string("waveform of ") + name,
+                   .unit = "ms",
+                   .ours = one.processor * 1000,
+                   .baseline = decoding * 1000});
 }
 
 }  // namespace

@@ -2,32 +2,50 @@
 
 namespace halvenor {
 
+namespace {
+
+// What others hold too is copied before it is changed.
+template <class Shared>
+Shared& owned(std::shared_ptr<Shared>& place) {
+    if (place.use_count() > 1) {
+        place = std::make_shared<Shared>(*place);
+    }
+    return *place;
+}
+
+}  // namespace
+
 TrackList::TrackList(std::initializer_list<Track> tracks) {
     for (const Track& track : tracks) {
         append(track);
     }
 }
 
+const TrackList::Block& TrackList::blockOf(qsizetype row) const {
+    const Page& page = *pages_[static_cast<size_t>(row / (blockSize * pageSize))];
+    return *page[static_cast<size_t>(row / blockSize % pageSize)];
+}
+
 const Track& TrackList::at(qsizetype row) const {
-    return (*blocks_[static_cast<size_t>(row / blockSize)])[static_cast<size_t>(row % blockSize)];
+    return blockOf(row)[static_cast<size_t>(row % blockSize)];
 }
 
 Track& TrackList::mutableAt(qsizetype row) {
-    std::shared_ptr<Block>& block = blocks_[static_cast<size_t>(row / blockSize)];
-    if (block.use_count() > 1) {
-        block = std::make_shared<Block>(*block);
-    }
-    return (*block)[static_cast<size_t>(row % blockSize)];
+    Page& page = owned(pages_[static_cast<size_t>(row / (blockSize * pageSize))]);
+    Block& block = owned(page[static_cast<size_t>(row / blockSize % pageSize)]);
+    return block[static_cast<size_t>(row % blockSize)];
 }
 
 void TrackList::append(Track track) {
-    if (size_ % blockSize == 0) {
-        blocks_.push_back(std::make_shared<Block>());
-        blocks_.back()->reserve(blockSize);
-    } else if (blocks_.back().use_count() > 1) {
-        blocks_.back() = std::make_shared<Block>(*blocks_.back());
+    if (size_ % (blockSize * pageSize) == 0) {
+        pages_.push_back(std::make_shared<Page>());
     }
-    blocks_.back()->push_back(std::move(track));
+    Page& page = owned(pages_.back());
+    if (size_ % blockSize == 0) {
+        page.push_back(std::make_shared<Block>());
+        page.back()->reserve(blockSize);
+    }
+    owned(page.back()).push_back(std::move(track));
     ++size_;
     if (!rows_ || rows_.use_count() > 1 || rows_->index) {
         rows_ = std::make_shared<Rows>();
@@ -64,15 +82,26 @@ qsizetype TrackList::indexOfId(const QByteArray& id) const {
     return isEmpty() ? -1 : index().firstRow.value(id, 0) - 1;
 }
 
+// Updates mostly come in the order of the rows. Then none of them needs the index, whose entries
+// lie all over the memory.
+qsizetype TrackList::indexOfId(const QByteArray& id, qsizetype likely) const {
+    if (index().nextRowOfSameId.empty() && likely < size_ && at(likely).id() == id) {
+        return likely;
+    }
+    return indexOfId(id);
+}
+
 bool TrackList::updateById(const QList<Track>& updates) {
     if (isEmpty()) {
         return false;
     }
     bool any = false;
+    qsizetype likely = 0;
     for (const Track& update : updates) {
-        qsizetype row = indexOfId(update.id());
+        qsizetype row = indexOfId(update.id(), likely);
         while (row >= 0) {
             mutableAt(row) = update;
+            likely = row + 1;
             any = true;
             const auto& next = index().nextRowOfSameId;
             row = next.empty() ? -1 : next[static_cast<size_t>(row)];
@@ -85,8 +114,11 @@ bool operator==(const TrackList& a, const TrackList& b) {
     if (a.size_ != b.size_) {
         return false;
     }
-    for (size_t block = 0; block < a.blocks_.size(); ++block) {
-        if (a.blocks_[block] != b.blocks_[block] && *a.blocks_[block] != *b.blocks_[block]) {
+    constexpr qsizetype step = TrackList::blockSize;
+    for (qsizetype row = 0; row < a.size_; row += step) {
+        const TrackList::Block& ours = a.blockOf(row);
+        const TrackList::Block& theirs = b.blockOf(row);
+        if (&ours != &theirs && ours != theirs) {
             return false;
         }
     }

@@ -16,9 +16,9 @@ namespace halvenor {
 
 /// An ordered list of tracks that many may hold: a value whose copies share their rows.
 ///
-/// Rows lie in shared blocks, so that publishing a list in which eight tracks changed costs those
-/// eight and not the ten thousand beside them. One file may stand in a list more than once.
-/// A list belongs to one thread at a time; copies of it may go to others.
+/// Rows lie in shared blocks, and these on shared pages, so that publishing a list in which eight
+/// tracks changed costs those eight and not the hundred thousand beside them. One file may stand in
+/// a list more than once. A list belongs to one thread at a time; copies of it may go to others.
 class TrackList {
   public:
     TrackList() = default;
@@ -85,8 +85,10 @@ class TrackList {
     friend bool operator==(const TrackList& a, const TrackList& b);
 
   private:
-    static constexpr qsizetype blockSize = 64;
+    static constexpr qsizetype blockSize = 64;  // rows
+    static constexpr qsizetype pageSize = 64;   // blocks
     using Block = std::vector<Track>;
+    using Page = std::vector<std::shared_ptr<Block>>;
 
     // Which rows an id has. Made on demand; its address stands for "these ids in this order".
     struct RowIndex {
@@ -98,10 +100,13 @@ class TrackList {
         std::unique_ptr<RowIndex> index;
     };
 
+    const Block& blockOf(qsizetype row) const;
     Track& mutableAt(qsizetype row);
+    /// As indexOfId(); `likely` is a row to look at first.
+    qsizetype indexOfId(const QByteArray& id, qsizetype likely) const;
     const RowIndex& index() const;
 
-    std::vector<std::shared_ptr<Block>> blocks_;
+    std::vector<std::shared_ptr<Page>> pages_;
     qsizetype size_ = 0;
     std::shared_ptr<Rows> rows_;
 };

@@ -39,8 +39,7 @@ QList<Track> readTracks(const QList<FileUrl>& urls, const std::stop_token& token
 TagService::TagService() : startedAt_(::time(nullptr)), batches_(batchThreads()) {}
 
 TagService& TagService::shared() {
-    static TagService service;
-    return service;
+    return applicationOwned<TagService>();
 }
 
 const QSet<QByteArray>& TagService::supportedExtensions() {

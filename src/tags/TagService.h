@@ -5,6 +5,7 @@
 
 #include <variant>
 
+#include "base/ApplicationOwned.h"
 #include "base/FileUrl.h"
 #include "base/Task.h"
 #include "model/Track.h"
@@ -16,6 +17,7 @@ namespace halvenor {
 /// that stands in for it (the file's name as title, "Unknown Artist", duration 0, ...).
 class TagService {
   public:
+    /// Ends, and waits for what its workers do, as the application object ends.
     static TagService& shared();
 
     static const QSet<QByteArray>& supportedExtensions();
@@ -42,6 +44,7 @@ class TagService {
     Job<std::monostate> flushWrites();
 
   private:
+    friend TagService& applicationOwned<TagService>();
     TagService();
 
     /// Removes what a killed process left in the folder of `url`, once for each folder. On the

@@ -32,8 +32,7 @@ QList<float> fallbackPeaks(int count) {
 }  // namespace
 
 WaveformExtractor& WaveformExtractor::shared() {
-    static WaveformExtractor extractor;
-    return extractor;
+    return applicationOwned<WaveformExtractor>();
 }
 
 Task<QList<float>> WaveformExtractor::extractPeaks(FileUrl url, int count, std::stop_token token) {

@@ -5,6 +5,7 @@
 
 #include <stop_token>
 
+#include "base/ApplicationOwned.h"
 #include "base/FileUrl.h"
 #include "base/Task.h"
 
@@ -15,6 +16,7 @@ namespace halvenor {
 /// the cores that are idle; what was made is kept to the end of the process. Main thread.
 class WaveformExtractor {
   public:
+    /// Ends, and waits for what its workers do, as the application object ends.
     static WaveformExtractor& shared();
 
     /// The waveform of a file in `count` values. Never fails: a file that can't be read, or has no
@@ -24,6 +26,7 @@ class WaveformExtractor {
     Task<QList<float>> extractPeaks(FileUrl url, int count, std::stop_token token = {});
 
   private:
+    friend WaveformExtractor& applicationOwned<WaveformExtractor>();
     WaveformExtractor() = default;
 
     /// By path and number of values.

@@ -35,7 +35,7 @@ std::vector<std::string> titlesOf(const TrackList& list) {
 
 TEST(TrackList, FindsRowsById) {
     // Around the borders of what may be stored together.
-    for (const int count : {0, 1, 63, 64, 65, 1000}) {
+    for (const int count : {0, 1, 63, 64, 65, 1000, 4096, 4097}) {
         const TrackList list = listOf(count);
         ASSERT_EQ(list.size(), count);
         for (const int row : {0, count / 2, count - 1}) {

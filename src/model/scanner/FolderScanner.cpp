@@ -12,8 +12,7 @@
 namespace halvenor {
 
 FolderScanner& FolderScanner::shared() {
-    static FolderScanner scanner;
-    return scanner;
+    return applicationOwned<FolderScanner>();
 }
 
 const QSet<QByteArray>& FolderScanner::supportedExtensions() {

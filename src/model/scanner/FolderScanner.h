@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "base/ApplicationOwned.h"
 #include "base/Task.h"
 #include "model/scanner/DirectorySnapshot.h"
 
@@ -18,6 +19,7 @@ namespace halvenor {
 /// and so is what was stopped, which is why whoever stops tests the token before the result.
 class FolderScanner {
   public:
+    /// Ends, and waits for what its workers do, as the application object ends.
     static FolderScanner& shared();
 
     /// Lower-case extensions of the files that are listed as tracks.
@@ -43,6 +45,7 @@ class FolderScanner {
                                   std::stop_token token = {});
 
   private:
+    friend FolderScanner& applicationOwned<FolderScanner>();
     FolderScanner() = default;
 
     Service listings_;
