@@ -1,6 +1,5 @@
 #include "ui/controls/IconButton.h"
 
-#include <QKeyEvent>
 #include <QPainter>
 
 #include <algorithm>
@@ -12,9 +11,7 @@
 namespace halvenor {
 
 IconButton::IconButton(const QString& symbol, double size, const QString& name, QWidget* parent)
-    : QAbstractButton(parent), symbol_(symbol), size_(size) {
-    setAttribute(Qt::WA_Hover);
-    setFocusPolicy(Qt::TabFocus);
+    : PaintedButton(parent), symbol_(symbol), size_(size) {
     setHelp(name);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
@@ -78,16 +75,8 @@ void IconButton::paintEvent(QPaintEvent*) {
     paintFocusRing(painter, *this, 6);
 }
 
-void IconButton::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        click();
-        return;
-    }
-    QAbstractButton::keyPressEvent(event);
-}
-
 void IconButton::changeEvent(QEvent* event) {
-    QAbstractButton::changeEvent(event);
+    PaintedButton::changeEvent(event);
     update();
 }
 

@@ -1,17 +1,17 @@
 #pragma once
 
-#include <QAbstractButton>
 #include <QColor>
 
 #include <functional>
 
+#include "ui/controls/PaintedButton.h"
 #include "ui/controls/Surround.h"
 
 namespace halvenor {
 
 /// A button that is a symbol: tinted, lit while the pointer is over it, with a hit area larger than
 /// its glyph. `max(size + 8, 28)` wide and 32 high.
-class IconButton : public QAbstractButton {
+class IconButton : public PaintedButton {
   public:
     /// @param symbol a name that Symbols knows
     /// @param size that of the symbol, as text
@@ -32,7 +32,6 @@ class IconButton : public QAbstractButton {
 
   protected:
     void paintEvent(QPaintEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
     void changeEvent(QEvent* event) override;
 
   private:

@@ -25,10 +25,8 @@ QString entryText(const QString& text, const QMenu& menu) {
 }
 }  // namespace
 
-MenuPicker::MenuPicker(const QString& accessibleName, QWidget* parent) : QAbstractButton(parent) {
+MenuPicker::MenuPicker(const QString& accessibleName, QWidget* parent) : PaintedButton(parent) {
     setAccessibleName(accessibleName);
-    setAttribute(Qt::WA_Hover);
-    setFocusPolicy(Qt::TabFocus);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     connect(this, &QAbstractButton::clicked, this, [this] { openMenu(); });
 }
@@ -90,14 +88,12 @@ void MenuPicker::paintEvent(QPaintEvent*) {
 
 void MenuPicker::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
-        case Qt::Key_Return:
-        case Qt::Key_Enter:
         case Qt::Key_Down:
         case Qt::Key_Up:
             click();
             break;
         default:
-            QAbstractButton::keyPressEvent(event);
+            PaintedButton::keyPressEvent(event);
     }
 }
 

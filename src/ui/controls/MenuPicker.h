@@ -1,14 +1,15 @@
 #pragma once
 
-#include <QAbstractButton>
 #include <QList>
 
 #include <functional>
 
+#include "ui/controls/PaintedButton.h"
+
 namespace halvenor {
 
 /// A choice of one among several: it shows the chosen one, and opens a menu of all.
-class MenuPicker : public QAbstractButton {
+class MenuPicker : public PaintedButton {
   public:
     struct Item {
         QString id;

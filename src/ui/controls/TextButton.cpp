@@ -1,7 +1,6 @@
 #include "ui/controls/TextButton.h"
 
 #include <QFontMetricsF>
-#include <QKeyEvent>
 #include <QPainter>
 #include <QStyle>
 
@@ -21,10 +20,8 @@ constexpr double symbolSpace = 22;
 constexpr double sidePadding = 12;
 }  // namespace
 
-TextButton::TextButton(const QString& text, QWidget* parent) : QAbstractButton(parent) {
+TextButton::TextButton(const QString& text, QWidget* parent) : PaintedButton(parent) {
     setLabel(text);
-    setAttribute(Qt::WA_Hover);
-    setFocusPolicy(Qt::TabFocus);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
@@ -105,14 +102,6 @@ void TextButton::paintEvent(QPaintEvent*) {
     }
     painter.setOpacity(1);
     paintFocusRing(painter, *this, 6);
-}
-
-void TextButton::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        click();
-        return;
-    }
-    QAbstractButton::keyPressEvent(event);
 }
 
 }  // namespace halvenor

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QAbstractButton>
+#include "ui/controls/PaintedButton.h"
 
 namespace halvenor {
 
 /// A button with a text on a plate, with a symbol before it if it has one.
-class TextButton : public QAbstractButton {
+class TextButton : public PaintedButton {
   public:
     TextButton(const QString& text, QWidget* parent);
 
@@ -18,7 +18,6 @@ class TextButton : public QAbstractButton {
 
   protected:
     void paintEvent(QPaintEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
 
   private:
     QFont face() const;

@@ -1,6 +1,5 @@
 #include "ui/covermode/LargeCover.h"
 
-#include <QKeyEvent>
 #include <QPainter>
 
 #include "ui/controls/CoverCache.h"
@@ -14,8 +13,7 @@ constexpr double cornerRadius = 10;
 constexpr double noteSize = 96;
 }  // namespace
 
-LargeCover::LargeCover(QWidget* parent) : QAbstractButton(parent) {
-    setFocusPolicy(Qt::TabFocus);
+LargeCover::LargeCover(QWidget* parent) : PaintedButton(parent) {
     setToolTip(QStringLiteral("Exit Cover Mode (c)"));
     setAccessibleName(toolTip());
     coverReady_ = CoverCache::shared().changed.subscribe([this](bool) { update(); });
@@ -41,14 +39,6 @@ void LargeCover::paintEvent(QPaintEvent*) {
         painter.drawPixmap(0, 0, cover);
     }
     paintFocusRing(painter, *this, cornerRadius);
-}
-
-void LargeCover::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        click();
-        return;
-    }
-    QAbstractButton::keyPressEvent(event);
 }
 
 }  // namespace halvenor

@@ -1,14 +1,13 @@
 #pragma once
 
-#include <QAbstractButton>
-
 #include "base/Published.h"
 #include "model/Artwork.h"
+#include "ui/controls/PaintedButton.h"
 
 namespace halvenor {
 
 /// The cover in Cover Mode, which is a button that leaves the mode.
-class LargeCover : public QAbstractButton {
+class LargeCover : public PaintedButton {
   public:
     explicit LargeCover(QWidget* parent);
 
@@ -16,7 +15,6 @@ class LargeCover : public QAbstractButton {
 
   protected:
     void paintEvent(QPaintEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
 
   private:
     Artwork artwork_;

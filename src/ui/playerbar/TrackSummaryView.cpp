@@ -1,6 +1,5 @@
 #include "ui/playerbar/TrackSummaryView.h"
 
-#include <QAbstractButton>
 #include <QPainter>
 #include <QStyle>
 
@@ -10,6 +9,7 @@
 #include "ui/controls/ElidedText.h"
 #include "ui/controls/FocusRing.h"
 #include "ui/controls/IconButton.h"
+#include "ui/controls/PaintedButton.h"
 #include "ui/theme/HalvenorTheme.h"
 
 namespace halvenor {
@@ -21,11 +21,9 @@ constexpr QSize heartRoom(30, 50);
 constexpr double heartSize = 13;
 }  // namespace
 
-class ArtworkButton : public QAbstractButton {
+class ArtworkButton : public PaintedButton {
   public:
-    explicit ArtworkButton(QWidget* parent) : QAbstractButton(parent) {
-        setAttribute(Qt::WA_Hover);
-        setFocusPolicy(Qt::TabFocus);
+    explicit ArtworkButton(QWidget* parent) : PaintedButton(parent) {
         setToolTip(QStringLiteral("Show Playing Track Folder"));
         setAccessibleName(toolTip());
         coverReady_ = CoverCache::shared().changed.subscribe([this](bool) { update(); });
@@ -53,11 +51,9 @@ class ArtworkButton : public QAbstractButton {
     Subscription coverReady_;
 };
 
-class TrackTextButton : public QAbstractButton {
+class TrackTextButton : public PaintedButton {
   public:
-    explicit TrackTextButton(QWidget* parent) : QAbstractButton(parent) {
-        setAttribute(Qt::WA_Hover);
-        setFocusPolicy(Qt::TabFocus);
+    explicit TrackTextButton(QWidget* parent) : PaintedButton(parent) {
         setToolTip(QStringLiteral("Copy Artist and Title"));
     }
     void setTexts(const QString& title, const QString& artist) {

@@ -1,6 +1,5 @@
 #include "ui/settings/LinkRow.h"
 
-#include <QKeyEvent>
 #include <QPainter>
 #include <QStyle>
 
@@ -16,8 +15,6 @@ LinkRow::LinkRow(const QString& symbol, const QString& title, const QString& not
     setText(title);
     setAccessibleName(title);
     setAccessibleDescription(note);
-    setAttribute(Qt::WA_Hover);
-    setFocusPolicy(Qt::TabFocus);
     setCursor(Qt::PointingHandCursor);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
 }
@@ -53,14 +50,6 @@ void LinkRow::paintEvent(QPaintEvent*) {
                    HalvenorTheme::secondaryText(), note_);
     }
     paintFocusRing(painter, *this, 8);
-}
-
-void LinkRow::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        click();
-        return;
-    }
-    QAbstractButton::keyPressEvent(event);
 }
 
 }  // namespace halvenor

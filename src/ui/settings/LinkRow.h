@@ -1,12 +1,12 @@
 #pragma once
 
-#include <QAbstractButton>
+#include "ui/controls/PaintedButton.h"
 
 namespace halvenor {
 
 /// A button across the page that leads out of the program: a symbol, a title with perhaps a note
 /// beneath it, and an arrow.
-class LinkRow : public QAbstractButton {
+class LinkRow : public PaintedButton {
   public:
     LinkRow(const QString& symbol, const QString& title, const QString& note = {});
 
@@ -14,7 +14,6 @@ class LinkRow : public QAbstractButton {
 
   protected:
     void paintEvent(QPaintEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
 
   private:
     QString symbol_;

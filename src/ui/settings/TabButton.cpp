@@ -1,6 +1,5 @@
 #include "ui/settings/TabButton.h"
 
-#include <QKeyEvent>
 #include <QPainter>
 
 #include "ui/controls/ElidedText.h"
@@ -11,12 +10,10 @@
 namespace halvenor {
 
 TabButton::TabButton(const QString& symbol, const QString& title, QWidget* parent)
-    : QAbstractButton(parent), symbol_(symbol) {
+    : PaintedButton(parent), symbol_(symbol) {
     setText(title);
     setAccessibleName(title);
     setCheckable(true);
-    setAttribute(Qt::WA_Hover);
-    setFocusPolicy(Qt::TabFocus);
 }
 
 void TabButton::paintEvent(QPaintEvent*) {
@@ -38,14 +35,6 @@ void TabButton::paintEvent(QPaintEvent*) {
                HalvenorTheme::font(11, isChecked() ? QFont::Medium : QFont::Normal), ink, text(),
                Qt::AlignHCenter);
     paintFocusRing(painter, *this, 8);
-}
-
-void TabButton::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        click();
-        return;
-    }
-    QAbstractButton::keyPressEvent(event);
 }
 
 }  // namespace halvenor

@@ -1,17 +1,16 @@
 #pragma once
 
-#include <QAbstractButton>
+#include "ui/controls/PaintedButton.h"
 
 namespace halvenor {
 
 /// A tab: a symbol over its title, on a plate while it is chosen.
-class TabButton : public QAbstractButton {
+class TabButton : public PaintedButton {
   public:
     TabButton(const QString& symbol, const QString& title, QWidget* parent);
 
   protected:
     void paintEvent(QPaintEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
 
   private:
     QString symbol_;

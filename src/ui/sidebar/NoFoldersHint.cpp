@@ -1,8 +1,6 @@
 #include "ui/sidebar/NoFoldersHint.h"
 
-#include <QAbstractButton>
 #include <QFontMetrics>
-#include <QKeyEvent>
 #include <QPainter>
 #include <QStyle>
 
@@ -10,6 +8,7 @@
 #include "ui/controls/ElidedText.h"
 #include "ui/controls/FocusRing.h"
 #include "ui/controls/IconButton.h"
+#include "ui/controls/PaintedButton.h"
 #include "ui/symbols/Symbols.h"
 #include "ui/theme/HalvenorTheme.h"
 
@@ -29,11 +28,9 @@ QString beforeText() {
     return QStringLiteral("in Preferences menu (");
 }
 
-class BrowseButton : public QAbstractButton {
+class BrowseButton : public PaintedButton {
   public:
-    explicit BrowseButton(QWidget* parent) : QAbstractButton(parent) {
-        setAttribute(Qt::WA_Hover);
-        setFocusPolicy(Qt::TabFocus);
+    explicit BrowseButton(QWidget* parent) : PaintedButton(parent) {
         setAccessibleName(QStringLiteral("Drop music folder here or click here to browse"));
     }
 
@@ -57,13 +54,6 @@ class BrowseButton : public QAbstractButton {
         drawElided(painter, QRectF(0, 96, area.width(), 18), face(), HalvenorTheme::inactiveText(),
                    QStringLiteral("or click here to browse"), Qt::AlignHCenter);
         paintFocusRing(painter, *this, 12);
-    }
-    void keyPressEvent(QKeyEvent* event) override {
-        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-            click();
-            return;
-        }
-        QAbstractButton::keyPressEvent(event);
     }
 };
 
