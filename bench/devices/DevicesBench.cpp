@@ -182,7 +182,7 @@ int main(int argc, char** argv) {
     Bench bench;
     if (!bench.isReady()) {
         std::fprintf(stderr, "no sound server\n");
-        return 1;
+        return 2;
     }
     const bool isSwitchGood = report("another device chosen", bench, Back::chosen, rounds);
     const bool isLossGood =

@@ -119,5 +119,5 @@ int main(int argc, char** argv) {
     })->Unit(benchmark::kMillisecond);
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
-    return comparePairs(path) ? 0 : 1;
+    return comparePairs(path) ? 0 : 2;
 }

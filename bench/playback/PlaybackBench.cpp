@@ -46,7 +46,7 @@ int main(int argc, char** argv) {
     test::SoundServer server({rate, 2});
     if (!server.isRunning()) {
         std::fprintf(stderr, "no sound server\n");
-        return 1;
+        return 2;
     }
     const double decoding = bench::secondsToDecode(url);
     PlayerNode node;
