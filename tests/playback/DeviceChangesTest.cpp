@@ -140,7 +140,9 @@ struct Move {
 
     /// Nothing skipped, but for what the server lost by itself, and no more repeated than it held.
     void expectClean(int64_t lostByServer = 0) const {
-        EXPECT_EQ(after.gaps + after.changed + after.excess, 0) << after.text();
+        EXPECT_EQ(after.changed + after.excess, 0) << after.text();
+        // Where the server loses a cycle by itself, that may be a moment of silence.
+        EXPECT_LE(after.gaps, lostByServer > 0 ? 1 : 0) << after.text();
         // A server that is slow to follow is helped along, and may then hear a little again.
         EXPECT_LE(after.repeated, serverLatency) << after.text();
         EXPECT_EQ(after.lost, entered + after.repeated)
