@@ -203,7 +203,9 @@ std::vector<float> SoundRecorder::finish() {
     }
     const QByteArray bytes = file.readAll();
     std::vector<float> samples(bytes.size() / sizeof(float));
-    std::memcpy(samples.data(), bytes.constData(), samples.size() * sizeof(float));
+    if (!samples.empty()) {
+        std::memcpy(samples.data(), bytes.constData(), samples.size() * sizeof(float));
+    }
     return samples;
 }
 
