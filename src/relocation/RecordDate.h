@@ -17,8 +17,9 @@ constexpr double recordDate(int64_t nanoseconds) {
            static_cast<double>(nanoseconds % nanosecondsPerSecond) / nanosecondsPerSecond;
 }
 
-/// Now, by the clock that file systems take the times of files from: it goes in steps of some
-/// milliseconds, and a file that is written later is never younger by it.
+/// The latest moment that no file written from now on is older than: file systems take times from
+/// this clock, which goes in steps of some milliseconds, or from a finer one. So a file written
+/// just before may be younger than this.
 inline double currentRecordDate() {
     timespec now = {};
     ::clock_gettime(CLOCK_REALTIME_COARSE, &now);
