@@ -9,15 +9,6 @@ namespace halvenor {
 
 namespace {
 
-template <class Get>
-DraftText draftOf(const QList<Track>& tracks, Get get) {
-    QList<QString> values;
-    for (const Track& track : tracks) {
-        values.append((track.*get)());
-    }
-    return DraftText::of(values);
-}
-
 // Shared, so that closing an editor never waits for an image.
 class ImportWorker : public Service {};
 
@@ -28,12 +19,7 @@ bool isBlank(const QString& text) {
 }  // namespace
 
 AlbumTagEditor::AlbumTagEditor(AppState& state, const QList<Track>& tracks, DiscogsService& discogs)
-    : album(draftOf(tracks, &Track::album)),
-      artist(draftOf(tracks, &Track::artist)),
-      albumArtist(draftOf(tracks, &Track::albumArtist)),
-      state_(&state),
-      tracks_(tracks),
-      coverSearch_(discogs) {
+    : TagEditor(state, tracks, discogs) {
     QList<std::optional<int64_t>> years;
     for (const Track& track : tracks) {
         years.append(track.year());
@@ -50,9 +36,8 @@ AlbumTagEditor::AlbumTagEditor(AppState& state, const QList<Track>& tracks, Disc
 
 void AlbumTagEditor::changeArtwork(const std::optional<QByteArray>& data,
                                    const std::optional<QString>& fileName) {
-    artworkWasChanged_ = true;
     selectedArtworkFileName = fileName;
-    selectedArtworkData = data;
+    setArtwork(data);
 }
 
 void AlbumTagEditor::applyArtworkData(const QByteArray& data, const QString& fileName) {
@@ -101,10 +86,10 @@ Task<> AlbumTagEditor::importTask(ArtworkImport work, QString fileName, std::sto
 }
 
 void AlbumTagEditor::fetchDiscogsCover() {
-    if (tracks_.isEmpty()) {
+    if (tracks().isEmpty()) {
         return;
     }
-    const Track& track = tracks_.first();
+    const Track& track = tracks().first();
     const QString trackArtist =
         track.albumArtist().isEmpty() ? track.artist() : track.albumArtist();
     const QString typedArtist = isBlank(albumArtist.text) ? artist.text : albumArtist.text;
@@ -114,19 +99,14 @@ void AlbumTagEditor::fetchDiscogsCover() {
         errorMessage = QStringLiteral("Artist and album are required to search Discogs.");
         return;
     }
-    errorMessage = std::nullopt;
-    coverSearch_.start(wantedArtist, wantedAlbum, [this](const std::optional<QByteArray>& cover) {
-        if (cover) {
-            applyArtworkData(*cover, QStringLiteral("Discogs"));
-        } else {
-            errorMessage = noCoverFound();
-        }
+    searchCover(wantedArtist, wantedAlbum, [this](const QByteArray& cover) {
+        applyArtworkData(cover, QStringLiteral("Discogs"));
     });
 }
 
 QList<Track> AlbumTagEditor::writableTracks() const {
     QList<Track> writable;
-    for (const Track& track : tracks_) {
+    for (const Track& track : tracks()) {
         if (TagService::supportsTagWriting(track.url())) {
             writable.append(track);
         }
@@ -136,7 +116,7 @@ QList<Track> AlbumTagEditor::writableTracks() const {
 
 QString AlbumTagEditor::note() const {
     const qsizetype writable = writableTracks().size();
-    const qsizetype others = tracks_.size() - writable;
+    const qsizetype others = tracks().size() - writable;
     if (others == 0) {
         return QStringLiteral("Changes apply to %1 tracks. Track titles are preserved.")
             .arg(writable);
@@ -149,21 +129,11 @@ QString AlbumTagEditor::note() const {
 
 Track AlbumTagEditor::edited(const Track& track, std::optional<int64_t> newYear) const {
     Track copy = track;
-    if (album.applies()) {
-        copy.setAlbum(album.text);
-    }
-    if (artist.applies()) {
-        copy.setArtist(artist.text);
-    }
-    if (albumArtist.applies()) {
-        copy.setAlbumArtist(albumArtist.text);
-    }
+    applyTexts(copy);
     if (newYear) {
         copy.setYear(newYear);
     }
-    if (artworkWasChanged_) {
-        copy.setArtworkData(*selectedArtworkData ? Artwork(**selectedArtworkData) : Artwork());
-    }
+    applyArtwork(copy);
     return copy;
 }
 
@@ -186,22 +156,7 @@ void AlbumTagEditor::save() {
     for (const Track& track : writable) {
         changed.append(edited(track, newYear));
     }
-    isSaving = true;
-    spawn(saveTask(changed));
-}
-
-Task<> AlbumTagEditor::saveTask(QList<Track> changed) {
-    const QPointer<AlbumTagEditor> self(this);
-    auto saving = saveTags(state_, changed);
-    const TagSaveOutcome outcome = co_await saving;
-    if (!self) {
-        co_return;
-    }
-    isSaving = false;
-    errorMessage = outcome.message();
-    if (!*errorMessage && onDismiss) {
-        onDismiss();
-    }
+    startSaving(changed);
 }
 
 }  // namespace halvenor

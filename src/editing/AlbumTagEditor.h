@@ -1,36 +1,25 @@
 #pragma once
 
-#include <QObject>
-
-#include <functional>
-
 #include "editing/ArtworkImport.h"
-#include "editing/CoverSearch.h"
-#include "editing/TagDraft.h"
-#include "editing/TagSaving.h"
+#include "editing/TagEditor.h"
 
 namespace halvenor {
 
 /// What the album editor edits: the texts, the year and the cover that the tracks of one folder
-/// share. Titles are never touched. The window binds its fields to these values. Main thread.
-class AlbumTagEditor : public QObject {
+/// share. Titles are never touched. The cover is at first the one of the first track that has any.
+/// Main thread.
+class AlbumTagEditor : public TagEditor {
   public:
     /// @param discogs outlives the editor
     AlbumTagEditor(AppState& state, const QList<Track>& tracks,
                    DiscogsService& discogs = DiscogsService::shared());
 
-    DraftText album;
-    DraftText artist;
-    DraftText albumArtist;
     /// As typed. Empty leaves every track's year alone.
     QString year;
     bool yearWasMultiple() const { return yearWasMultiple_; }
 
-    /// The cover: the first that any track has, or what was chosen since.
-    Published<std::optional<QByteArray>> selectedArtworkData;
     /// The name of the chosen image's file.
     Published<std::optional<QString>> selectedArtworkFileName;
-    bool artworkWasChanged() const { return artworkWasChanged_; }
     /// Takes another cover, or none. @param fileName of the image, where it came from a file
     void changeArtwork(const std::optional<QByteArray>& data,
                        const std::optional<QString>& fileName = std::nullopt);
@@ -45,14 +34,7 @@ class AlbumTagEditor : public QObject {
     /// Looks for a cover on Discogs, by what the fields say, or the first track where they are
     /// blank. Takes it, or tells that there is none.
     void fetchDiscogsCover();
-    Published<bool>& isSearchingCover() { return coverSearch_.isSearching; }
 
-    Published<bool> isSaving{false};
-    Published<std::optional<QString>> errorMessage;
-    /// Everything was saved: the window may close.
-    std::function<void()> onDismiss;
-
-    const QList<Track>& tracks() const { return tracks_; }
     /// Those whose files can be written, in order. The others are left alone.
     QList<Track> writableTracks() const;
     /// What a save will do, as the window says it while there is nothing else to tell.
@@ -61,17 +43,12 @@ class AlbumTagEditor : public QObject {
     void save();
 
   private:
-    Task<> saveTask(QList<Track> edited);
     void importArtwork(ArtworkImport work, const QString& fileName);
     Task<> importTask(ArtworkImport work, QString fileName, std::stop_token token);
     Track edited(const Track& track, std::optional<int64_t> newYear) const;
 
-    QPointer<AppState> state_;
-    QList<Track> tracks_;
     bool yearWasMultiple_ = false;
-    bool artworkWasChanged_ = false;
     TaskSlot importTask_;
-    CoverSearch coverSearch_;
 };
 
 }  // namespace halvenor

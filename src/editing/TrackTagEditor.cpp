@@ -20,22 +20,11 @@ QList<Track> tracksToEdit(AppState& state) {
 }  // namespace
 
 TrackTagEditor::TrackTagEditor(AppState& state, DiscogsService& discogs)
-    : state_(&state), tracks_(tracksToEdit(state)), coverSearch_(discogs) {
-    QList<QString> artists;
-    QList<QString> albums;
-    QList<QString> albumArtists;
-    for (const Track& track : tracks_) {
-        artists.append(track.artist());
-        albums.append(track.album());
-        albumArtists.append(track.albumArtist());
-    }
-    artist = DraftText::of(artists);
-    album = DraftText::of(albums);
-    albumArtist = DraftText::of(albumArtists);
-    if (tracks_.size() == 1) {
-        title = tracks_.first().title();
-        if (tracks_.first().artworkData().isPresent()) {
-            selectedArtworkData = tracks_.first().artworkData().bytes();
+    : TagEditor(state, tracksToEdit(state), discogs) {
+    if (tracks().size() == 1) {
+        title = tracks().first().title();
+        if (tracks().first().artworkData().isPresent()) {
+            selectedArtworkData = tracks().first().artworkData().bytes();
         }
     }
 }
@@ -44,49 +33,27 @@ QString TrackTagEditor::note() {
     return QStringLiteral("Changes are written to the file only after Save.");
 }
 
-void TrackTagEditor::changeArtwork(const std::optional<QByteArray>& data) {
-    artworkWasChanged_ = true;
-    selectedArtworkData = data;
-}
-
 void TrackTagEditor::fetchDiscogsCover() {
-    if (tracks_.size() != 1) {
+    if (tracks().size() != 1) {
         return;
     }
-    errorMessage = std::nullopt;
-    const Track& track = tracks_.first();
-    coverSearch_.start(artist.text.isEmpty() ? track.artist() : artist.text,
-                       album.text.isEmpty() ? track.album() : album.text,
-                       [this](const std::optional<QByteArray>& cover) {
-                           if (cover) {
-                               changeArtwork(cover);
-                           } else {
-                               errorMessage = noCoverFound();
-                           }
-                       });
+    const Track& track = tracks().first();
+    searchCover(artist.text.isEmpty() ? track.artist() : artist.text,
+                album.text.isEmpty() ? track.album() : album.text,
+                [this](const QByteArray& cover) { changeArtwork(cover); });
 }
 
 // The album artist of a single track is shown and not written: it belongs to the album.
 Track TrackTagEditor::edited(const Track& track) const {
     Track copy = track;
-    if (tracks_.size() == 1) {
+    if (tracks().size() == 1) {
         copy.setTitle(title);
         copy.setArtist(artist.text);
         copy.setAlbum(album.text);
-        if (artworkWasChanged_) {
-            copy.setArtworkData(*selectedArtworkData ? Artwork(**selectedArtworkData) : Artwork());
-        }
+        applyArtwork(copy);
         return copy;
     }
-    if (artist.applies()) {
-        copy.setArtist(artist.text);
-    }
-    if (album.applies()) {
-        copy.setAlbum(album.text);
-    }
-    if (albumArtist.applies()) {
-        copy.setAlbumArtist(albumArtist.text);
-    }
+    applyTexts(copy);
     return copy;
 }
 
@@ -96,25 +63,10 @@ void TrackTagEditor::save() {
     }
     errorMessage = std::nullopt;
     QList<Track> changed;
-    for (const Track& track : tracks_) {
+    for (const Track& track : tracks()) {
         changed.append(edited(track));
     }
-    isSaving = true;
-    spawn(saveTask(changed));
-}
-
-Task<> TrackTagEditor::saveTask(QList<Track> changed) {
-    const QPointer<TrackTagEditor> self(this);
-    auto saving = saveTags(state_, changed);
-    const TagSaveOutcome outcome = co_await saving;
-    if (!self) {
-        co_return;
-    }
-    isSaving = false;
-    errorMessage = outcome.message();
-    if (!*errorMessage && onDismiss) {
-        onDismiss();
-    }
+    startSaving(changed);
 }
 
 }  // namespace halvenor

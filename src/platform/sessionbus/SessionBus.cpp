@@ -19,8 +19,7 @@ namespace {
 constexpr std::chrono::milliseconds firstRetryDelay{1000};
 constexpr std::chrono::milliseconds longestRetryDelay{60'000};
 
-// Answers of the bus to a request for a name, and what is asked with it.
-// https://dbus.freedesktop.org/doc/dbus-specification.html#bus-messages-request-name
+// Answers of the bus to org.freedesktop.DBus.RequestName, and what is asked with it.
 constexpr uint doNotQueue = 4;
 constexpr uint isPrimaryOwner = 1;
 constexpr uint isAlreadyOwner = 4;
