@@ -117,6 +117,7 @@ class Service {
         using Result = std::invoke_result_t<Work&, std::stop_token>;
         using Value = std::conditional_t<std::is_void_v<Result>, std::monostate, Result>;
         auto state = std::make_shared<typename Job<Value>::State>();
+        ++jobsUnderWay_;
         pool_.start([state, work = std::optional<Work>(std::move(work)), token,
                      isEnding = isEnding_]() mutable {
             try {
@@ -134,6 +135,7 @@ class Service {
             }
             work.reset();  // What the work holds dies here, not on the main thread.
             postToMainThread([state] {
+                --jobsUnderWay_;
                 state->isDone = true;
                 if (const auto waiter = std::exchange(state->waiter, nullptr)) {
                     waiter.resume();
@@ -143,7 +145,12 @@ class Service {
         return Job<Value>(state);
     }
 
+    /// How many jobs of all services have not come back to the main thread yet. Main thread.
+    static int jobsUnderWay() { return jobsUnderWay_; }
+
   private:
+    static inline int jobsUnderWay_ = 0;
+
     std::shared_ptr<std::atomic<bool>> isEnding_ = std::make_shared<std::atomic<bool>>(false);
     QThreadPool pool_;
 };

@@ -10,6 +10,8 @@
 
 #include <gmock/gmock.h>
 
+#include "support/EventLoop.h"
+
 int main(int argc, char** argv) {
     const QTemporaryDir home;
     if (!home.isValid()) {
@@ -26,5 +28,8 @@ int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
 #endif
     testing::InitGoogleMock(&argc, argv);
-    return RUN_ALL_TESTS();
+    const int result = RUN_ALL_TESTS();
+    // A coroutine that waits for a job would never end, and be called a leak.
+    halvenor::test::spinUntil([] { return halvenor::Service::jobsUnderWay() == 0; });
+    return result;
 }

@@ -137,6 +137,8 @@ TEST_F(SettingsTest, showTheLocationsAsTheyAre) {
     state->isRelocating = true;
     EXPECT_TRUE(spinUntil([&] { return shows("Checking folder contents…"); }));
     state->isRelocating = false;
+    EXPECT_TRUE(spinUntil(
+        [&] { return !shows("Checking folder contents…") && shows("Scanned Folders (2)"); }));
     clickButton("Remove Location");
     EXPECT_EQ(state->libraryFolders->size(), 1U);
     EXPECT_TRUE(spinUntil([&] { return shows("Scanned Folders (1)"); }));
