@@ -141,7 +141,6 @@ void AlbumTagEditor::save() {
     if (*isSaving) {
         return;
     }
-    errorMessage = std::nullopt;
     const QList<Track> writable = writableTracks();
     if (writable.isEmpty()) {
         errorMessage = QStringLiteral("This folder contains no writable MP3 or FLAC files.");

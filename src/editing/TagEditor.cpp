@@ -63,6 +63,7 @@ void TagEditor::searchCover(const QString& searchedArtist, const QString& search
 }
 
 void TagEditor::startSaving(const QList<Track>& changed) {
+    errorMessage = std::nullopt;
     isSaving = true;
     spawn(saveTask(changed));
 }

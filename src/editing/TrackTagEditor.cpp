@@ -61,7 +61,6 @@ void TrackTagEditor::save() {
     if (*isSaving) {
         return;
     }
-    errorMessage = std::nullopt;
     QList<Track> changed;
     for (const Track& track : tracks()) {
         changed.append(edited(track));
