@@ -1,7 +1,8 @@
 // How the costs of what users wait for grow with their libraries: the same work with 10, 1,000 and
 // 100,000 tracks or folders. A hundred times as much may cost a hundred times as much. Four times
 // that is allowed, for sorting, and because 1,000 records fit into the processor's caches and
-// 100,000 don't; anything that grew with the square would cost a hundred times that.
+// 100,000 don't; anything that grew with the square would cost a hundred times that. What takes
+// less than a tenth of a second for all 100,000 has no bound: nobody sees how it grew.
 //
 // The best of several rounds counts, as nothing but other work on the machine makes one slower.
 #include <QCoreApplication>
@@ -13,6 +14,7 @@
 #include <cstdlib>
 #include <functional>
 #include <limits>
+#include <optional>
 #include <string>
 
 #include "GrownFolders.h"
@@ -34,6 +36,7 @@ using namespace halvenor;
 constexpr std::array sizes = {10, 1000, 100'000};
 constexpr std::array roundsOfSizes = {50, 9, 2};
 constexpr double allowedShare = 4;
+constexpr double leastSeconds = 0.1;
 
 void require(bool holds, const char* what) {
     if (!holds) {
@@ -62,11 +65,12 @@ bool tabulate(const std::string& work, const Cost& cost) {
                 costs[0] * 1e3, costs[1] * 1e3, costs[2] * 1e3, costs[1] / costs[0],
                 costs[2] / costs[1]);
     std::fflush(stdout);
-    return bench::report({.work = "growth of 1,000 to 100,000: " + work,
-                          .unit = "times",
-                          .ours = costs[2] / costs[1],
-                          .baseline = double{sizes[2]} / sizes[1],
-                          .bound = allowedShare});
+    return bench::report(
+        {.work = "growth of 1,000 to 100,000: " + work,
+         .unit = "times",
+         .ours = costs[2] / costs[1],
+         .baseline = double{sizes[2]} / sizes[1],
+         .bound = costs.back() < leastSeconds ? std::optional<double>() : allowedShare});
 }
 
 void runUntil(const std::function<bool()>& condition) {
