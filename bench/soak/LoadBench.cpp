@@ -2,7 +2,8 @@
 // ordinary priority for each. The recorded monitor of the server's sink tells what a listener would
 // have heard: every place where silence was put in, and every frame that was lost or heard twice.
 //
-// Usage: bench_load [SECONDS]
+// Usage: bench_load [SECONDS [LOOPS]]
+// With 0 LOOPS, whoever runs it sees to the load.
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
@@ -26,12 +27,11 @@ using namespace halvenor;
 
 constexpr int rate = 44100;
 constexpr int secondsOfTrack = 30;
-constexpr int loopsForEachCore = 1;
 
 /// Ends with the object.
-std::vector<test::ChildProcess> makeLoad() {
+std::vector<test::ChildProcess> makeLoad(int count) {
     std::vector<test::ChildProcess> loops;
-    for (int i = 0; i < QThread::idealThreadCount() * loopsForEachCore; ++i) {
+    for (int i = 0; i < count; ++i) {
         loops.emplace_back(
             test::ChildProcess::Setup{.command = {"sh", "-c", "while :; do :; done"}});
     }
@@ -95,7 +95,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "no sound server\n");
         return 1;
     }
-    const auto load = makeLoad();
+    const auto load = makeLoad(argc > 2 ? std::atoi(argv[2]) : QThread::idealThreadCount());
     const Heard heard = play(server, files, music);
     const test::Comparison& found = heard.comparison;
     std::printf("%d s of music under load (%zu busy loops): %s; %d failures\n",
