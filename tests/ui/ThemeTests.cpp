@@ -93,7 +93,6 @@ TEST(Symbols, areDrawnTintedAndCrisp) {
                            "ellipsis",
                            "rectangle.and.hand.point.up.left",
                            "photo",
-                           "chevron.right",
                            "xmark",
                            "xmark.circle.fill",
                            "heart",

@@ -16,7 +16,7 @@ class WaveformViewTest : public testing::Test {
     WaveformViewTest() {
         view.resize(200, 40);
         view.setSurface([] { return QColor(Qt::black); });
-        view.onSeek = [this](double progress) { seeks.push_back(progress); };
+        view.onValueWished = [this](double progress) { seeks.push_back(progress); };
         view.setPeaks(QList<float>(160, 1.0F));
         view.show();
         QApplication::setActiveWindow(&view);
@@ -33,7 +33,7 @@ TEST_F(WaveformViewTest, seeksOnceWhenThePointerIsLetGo) {
     QTest::mouseMove(&view, {120, 10});
     EXPECT_TRUE(seeks.empty());
     EXPECT_EQ(view.effectiveProgress(), 0.6) << "the place under the pointer shows";
-    EXPECT_EQ(view.progress(), 0);
+    EXPECT_EQ(view.value(), 0);
     QTest::mouseMove(&view, {500, 10});
     EXPECT_EQ(view.effectiveProgress(), 1);
     QTest::mouseMove(&view, {-5, 10});
@@ -42,7 +42,7 @@ TEST_F(WaveformViewTest, seeksOnceWhenThePointerIsLetGo) {
     QTest::mouseClick(&view, Qt::LeftButton, {}, {20, 39});
     EXPECT_THAT(seeks, testing::ElementsAre(0.75, 0.1));
     EXPECT_EQ(view.effectiveProgress(), 0) << "what plays is told by its owner";
-    view.onSeek = nullptr;
+    view.onValueWished = nullptr;
     QTest::mouseClick(&view, Qt::LeftButton, {}, {20, 10});
 }
 

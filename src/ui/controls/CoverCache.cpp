@@ -64,9 +64,7 @@ QImage decodeCover(const QByteArray& bytes, const CoverShape& shape) {
 }
 
 CoverCache& CoverCache::shared() {
-    // Never destroyed: pixmaps must not outlive the application object.
-    static auto& cache = *new CoverCache;
-    return cache;
+    return applicationOwned<CoverCache>();
 }
 
 CoverCache::CoverCache() : entries_(cacheBytes) {

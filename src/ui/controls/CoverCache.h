@@ -9,6 +9,7 @@
 
 #include <memory>
 
+#include "base/ApplicationOwned.h"
 #include "base/Published.h"
 #include "model/Artwork.h"
 
@@ -29,6 +30,7 @@ struct CoverShape {
 QImage decodeCover(const QByteArray& bytes, const CoverShape& shape);
 
 /// Decoded covers, made on a thread of their own so that no paint waits for one. Main thread.
+/// It ends with the application object, which pixmaps must not outlive.
 class CoverCache {
   public:
     static CoverCache& shared();
@@ -57,6 +59,7 @@ class CoverCache {
         QPixmap pixmap;
     };
 
+    friend CoverCache& applicationOwned<CoverCache>();
     CoverCache();
     void store(const Key& key, const Artwork& artwork, const QImage& image);
 

@@ -1,6 +1,5 @@
 #include "ui/controls/MenuPicker.h"
 
-#include <QFontMetrics>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QPainter>
@@ -8,6 +7,7 @@
 
 #include "ui/controls/ElidedText.h"
 #include "ui/controls/FocusRing.h"
+#include "ui/controls/Menus.h"
 #include "ui/symbols/SymbolIcon.h"
 #include "ui/symbols/Symbols.h"
 #include "ui/theme/HalvenorTheme.h"
@@ -16,13 +16,6 @@ namespace halvenor {
 
 namespace {
 constexpr int widestText = 420;
-
-// A name as a menu shows it, its ampersands no marks of keys.
-QString entryText(const QString& text, const QMenu& menu) {
-    return QFontMetrics(menu.font())
-        .elidedText(text.simplified(), Qt::ElideRight, widestText)
-        .replace(QLatin1Char('&'), QStringLiteral("&&"));
-}
 }  // namespace
 
 MenuPicker::MenuPicker(const QString& accessibleName, QWidget* parent) : PaintedButton(parent) {
@@ -56,11 +49,12 @@ void MenuPicker::openMenu() {
     QAction* active = nullptr;
     for (const Item& item : items_) {
         const bool isSelected = item.id == selected_;
-        QAction* entry = menu->addAction(entryText(item.text, *menu), this, [this, id = item.id] {
-            if (onChosen) {
-                onChosen(id);
-            }
-        });
+        QAction* entry =
+            menu->addAction(menuText(item.text, *menu, widestText), this, [this, id = item.id] {
+                if (onChosen) {
+                    onChosen(id);
+                }
+            });
         entry->setIcon(isSelected ? symbolIcon(QStringLiteral("checkmark"), *menu) : QIcon());
         active = isSelected ? entry : active;
     }

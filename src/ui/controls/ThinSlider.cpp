@@ -1,8 +1,5 @@
 #include "ui/controls/ThinSlider.h"
 
-#include <QAccessible>
-#include <QAccessibleWidget>
-#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -16,58 +13,18 @@
 
 namespace halvenor {
 
-namespace {
-
-class AccessibleThinSlider : public QAccessibleWidget, public QAccessibleValueInterface {
-  public:
-    explicit AccessibleThinSlider(ThinSlider* slider)
-        : QAccessibleWidget(slider, QAccessible::Slider) {}
-
-    void* interface_cast(QAccessible::InterfaceType type) override {
-        if (type == QAccessible::ValueInterface) {
-            return static_cast<QAccessibleValueInterface*>(this);
-        }
-        return QAccessibleWidget::interface_cast(type);
-    }
-    QString text(QAccessible::Text kind) const override {
-        if (kind == QAccessible::Value && slider()->describeValue) {
-            return slider()->describeValue(slider()->value());
-        }
-        return QAccessibleWidget::text(kind);
-    }
-    QVariant currentValue() const override { return slider()->value(); }
-    void setCurrentValue(const QVariant& value) override { slider()->wish(value.toDouble()); }
-    QVariant maximumValue() const override { return slider()->upper(); }
-    QVariant minimumValue() const override { return slider()->lower(); }
-    QVariant minimumStepSize() const override { return 0.0; }
-
-  private:
-    ThinSlider* slider() const { return static_cast<ThinSlider*>(widget()); }
-};
-
-QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
-    auto* slider = dynamic_cast<ThinSlider*>(object);
-    return slider != nullptr ? new AccessibleThinSlider(slider) : nullptr;
-}
-
-}  // namespace
-
 ThinSlider::ThinSlider(const QString& accessibleName, QWidget* parent, const Metrics& metrics)
-    : QWidget(parent), metrics_(metrics) {
-    [[maybe_unused]] static const bool isInstalled =
-        (QAccessible::installFactory(&makeAccessible), true);
-    setAccessibleName(accessibleName);
+    : ValueControl(accessibleName, parent), metrics_(metrics) {
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setFocusPolicy(Qt::TabFocus);
     setCursor(Qt::ArrowCursor);
 }
 
 ThinSliderGeometry ThinSlider::geometryNow() const {
-    return {static_cast<double>(width()), lower_, upper_, metrics_.knobDiameter};
+    return {static_cast<double>(width()), lower(), upper(), metrics_.knobDiameter};
 }
 
 double ThinSlider::knobCentre() const {
-    return geometryNow().filledWidth(value_);
+    return geometryNow().filledWidth(value());
 }
 
 int ThinSlider::devicePixelAt(double value) const {
@@ -79,16 +36,15 @@ int ThinSlider::knobTravel(double value) const {
 }
 
 void ThinSlider::setRange(double lower, double upper) {
-    if (lower == lower_ && upper == upper_) {
+    if (lower == this->lower() && upper == this->upper()) {
         return;
     }
-    lower_ = lower;
-    upper_ = upper;
+    holdRange(lower, upper);
     updateKnob();
 }
 
 void ThinSlider::setValue(double value) {
-    value_ = value;
+    holdValue(value);
     updateKnob();
 }
 
@@ -111,12 +67,6 @@ void ThinSlider::setSurface(std::function<QColor()> surface) {
 void ThinSlider::setSurround(Surround surround) {
     surround_ = surround;
     update();
-}
-
-void ThinSlider::wish(double value) {
-    if (onValueWished) {
-        onValueWished(std::clamp(value, lower_, std::max(lower_, upper_)));
-    }
 }
 
 void ThinSlider::paintEvent(QPaintEvent* event) {
@@ -169,28 +119,6 @@ void ThinSlider::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton) {
         isDragging_ = false;
         update();
-    }
-}
-
-void ThinSlider::keyPressEvent(QKeyEvent* event) {
-    switch (event->key()) {
-        case Qt::Key_Left:
-        case Qt::Key_Down:
-            wish(value_ - step_);
-            break;
-        case Qt::Key_Right:
-        case Qt::Key_Up:
-            wish(value_ + step_);
-            break;
-        case Qt::Key_Home:
-            wish(lower_);
-            break;
-        case Qt::Key_End:
-            wish(upper_);
-            break;
-        default:
-            event->ignore();
-            return;
     }
 }
 

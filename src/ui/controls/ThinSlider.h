@@ -1,11 +1,10 @@
 #pragma once
 
-#include <QWidget>
-
 #include <functional>
 
 #include "ui/controls/Surround.h"
 #include "ui/controls/ThinSliderGeometry.h"
+#include "ui/controls/ValueControl.h"
 #include "ui/theme/HalvenorTheme.h"
 
 namespace halvenor {
@@ -13,10 +12,9 @@ namespace halvenor {
 /// A slider of a thin bar and a small knob. A press takes the knob to the pointer and a drag takes
 /// it along; every step of either is reported.
 ///
-/// The value belongs to somebody else: the user's wish goes out through onValueWished, and the knob
-/// stands where setValue says. Setting a value repaints only if the knob moves by a device pixel,
-/// and then only where it was and is.
-class ThinSlider : public QWidget {
+/// The knob stands where setValue says. Setting a value repaints only if the knob moves by a device
+/// pixel, and then only where it was and is.
+class ThinSlider : public ValueControl {
   public:
     /// How large its parts are, in device-independent pixels.
     struct Metrics {
@@ -27,24 +25,13 @@ class ThinSlider : public QWidget {
 
     ThinSlider(const QString& accessibleName, QWidget* parent, const Metrics& metrics = thin);
 
-    std::function<void(double)> onValueWished;
-    /// What assistive technology reads out for the value, a time say. Optional.
-    std::function<QString(double)> describeValue;
-
     void setRange(double lower, double upper);
     void setValue(double value);
     /// How many device pixels the knob would go to stand at `value`.
     int knobTravel(double value) const;
-    double value() const { return value_; }
-    double lower() const { return lower_; }
-    double upper() const { return upper_; }
     /// The colour of the pane it lies on, which it paints itself.
     void setSurface(std::function<QColor()> surface);
     void setSurround(Surround surround);
-    /// The arrow keys' step, in units of the range.
-    void setStep(double step) { step_ = step; }
-    /// Wishes for another value, as keys and assistive technology do.
-    void wish(double value);
 
   protected:
     void paintEvent(QPaintEvent* event) override;
@@ -52,7 +39,6 @@ class ThinSlider : public QWidget {
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
     void enterEvent(QEnterEvent* event) override;
     void leaveEvent(QEvent* event) override;
 
@@ -60,15 +46,11 @@ class ThinSlider : public QWidget {
     ThinSliderGeometry geometryNow() const;
     double knobCentre() const;
     int devicePixelAt(double value) const;
-    int knobDevicePixel() const { return devicePixelAt(value_); }
+    int knobDevicePixel() const { return devicePixelAt(value()); }
     void updateKnob();
 
     Metrics metrics_;
     Surround surround_ = Surround::theme;
-    double lower_ = 0;
-    double upper_ = 1;
-    double value_ = 0;
-    double step_ = 0.05;
     double paintedCentre_ = 0;
     int paintedDevicePixel_ = -1;
     std::function<QColor()> surface_ = &HalvenorTheme::windowBackdrop;

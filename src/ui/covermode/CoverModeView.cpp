@@ -13,7 +13,9 @@
 #include "ui/controls/AccessibleRole.h"
 #include "ui/controls/ElidedText.h"
 #include "ui/controls/IconButton.h"
+#include "ui/controls/Menus.h"
 #include "ui/controls/PlaylistMenu.h"
+#include "ui/controls/ShownTrack.h"
 #include "ui/covermode/CoverModeLayout.h"
 #include "ui/covermode/CoverModeSlider.h"
 #include "ui/covermode/CoverModeVolume.h"
@@ -100,15 +102,8 @@ void CoverModeView::subscribe() {
     subscriptions_.push_back(state_.repeatMode.subscribe(transport));
 }
 
-// The engine keeps the record that was loaded; the selected one gets the tags that were read since.
-std::optional<Track> CoverModeView::shownTrack() const {
-    const auto& current = *state_.audioEngine().currentTrack;
-    const auto& selected = *state_.selectedTrack;
-    return current && selected && selected->id() == current->id() ? selected : current;
-}
-
 void CoverModeView::refreshTrack() {
-    const auto track = shownTrack();
+    const auto track = shownTrack(state_);
     cover_->setArtwork(track ? track->artworkData() : Artwork());
     title_ = track ? track->title() : QString();
     artist_ = track ? track->artist() : QString();
@@ -130,7 +125,7 @@ void CoverModeView::refreshTransport() {
 void CoverModeView::showMenu() {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    if (const auto track = shownTrack()) {
+    if (const auto track = shownTrack(state_)) {
         addPlaylistMenu(*menu, state_,
                         [this, track](const QUuid& id) { state_.addToPlaylist({*track}, id); });
         menu->addAction(QStringLiteral("Show in Finder"), this,
@@ -139,9 +134,7 @@ void CoverModeView::showMenu() {
     }
     menu->addAction(QStringLiteral("Exit Cover Mode"), this,
                     [this] { state_.isCoverModePresented = false; });
-    const QPoint corner = menu_->mapToGlobal(menu_->rect().topRight());
-    const QSize size = menu->sizeHint();
-    menu->popup(corner - QPoint(size.width(), size.height() + 4));
+    popUpAbove(*menu, *menu_);
 }
 
 void CoverModeView::layOut() {

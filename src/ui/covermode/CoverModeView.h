@@ -31,7 +31,6 @@ class CoverModeView : public QWidget {
     IconButton* makeButton(const QString& symbol, double size, const QString& name,
                            std::function<void()> action);
     void subscribe();
-    std::optional<Track> shownTrack() const;
     void refreshTrack();
     void refreshTransport();
     void showMenu();

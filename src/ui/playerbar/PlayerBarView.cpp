@@ -12,7 +12,9 @@
 #include "platform/desktop/FileManager.h"
 #include "state/AppState.h"
 #include "ui/controls/IconButton.h"
+#include "ui/controls/Menus.h"
 #include "ui/controls/PlaylistMenu.h"
+#include "ui/controls/ShownTrack.h"
 #include "ui/controls/ThinSlider.h"
 #include "ui/playerbar/TimelineView.h"
 #include "ui/playerbar/TrackSummaryView.h"
@@ -39,7 +41,7 @@ PlayerBarView::PlayerBarView(AppState& state, QWidget* parent)
     summary_->onArtworkClicked = [this] { state_.revealPlayingTrackFolder(); };
     summary_->onTextClicked = [this] { copyTrackInfo(); };
     summary_->onFavoriteClicked = [this] {
-        if (const auto track = shownTrack()) {
+        if (const auto track = shownTrack(state_)) {
             state_.toggleFavorite(*track);
         }
     };
@@ -109,15 +111,8 @@ void PlayerBarView::subscribe() {
         [this](bool isShown) { history_->setActive(isShown); }));
 }
 
-// The engine keeps the record that was loaded; the selected one gets the tags that were read since.
-std::optional<Track> PlayerBarView::shownTrack() const {
-    const auto& current = *state_.audioEngine().currentTrack;
-    const auto& selected = *state_.selectedTrack;
-    return current && selected && selected->id() == current->id() ? selected : current;
-}
-
 void PlayerBarView::refreshTrack() {
-    const auto track = shownTrack();
+    const auto track = shownTrack(state_);
     summary_->setTrack(track);
     summary_->setFavorite(track && state_.isFavorite(*track));
     menu_->setVisible(track.has_value());
@@ -153,7 +148,7 @@ void PlayerBarView::refreshVolume() {
 }
 
 void PlayerBarView::copyTrackInfo() const {
-    if (const auto track = shownTrack()) {
+    if (const auto track = shownTrack(state_)) {
         QGuiApplication::clipboard()->setText(track->artist() + QStringLiteral(" - ") +
                                               track->title());
     }
@@ -163,7 +158,7 @@ void PlayerBarView::showMenu() {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     addPlaylistMenu(*menu, state_, [this](const QUuid& id) {
-        if (const auto track = shownTrack()) {
+        if (const auto track = shownTrack(state_)) {
             state_.addToPlaylist({*track}, id);
         }
     });
@@ -174,9 +169,7 @@ void PlayerBarView::showMenu() {
     });
     menu->addAction(QStringLiteral("Cover Mode"), this,
                     [this] { state_.isCoverModePresented = true; });
-    const QPoint corner = menu_->mapToGlobal(menu_->rect().topRight());
-    const QSize size = menu->sizeHint();
-    menu->popup(corner - QPoint(size.width(), size.height() + 4));
+    popUpAbove(*menu, *menu_);
 }
 
 void PlayerBarView::layOut() {

@@ -44,7 +44,6 @@ class PlayerBarView : public QWidget {
     void layOut();
     void copyTrackInfo() const;
     void showMenu();
-    std::optional<Track> shownTrack() const;
 
     AppState& state_;
     TrackSummaryView* summary_;

@@ -46,10 +46,10 @@ void TimelineView::wireControls() {
         engine.seek(seconds);
         refreshTime();
     };
-    waveform_->describeProgress = [&engine](double progress) {
+    waveform_->describeValue = [&engine](double progress) {
         return formatTime(progress * *engine.duration);
     };
-    waveform_->onSeek = [this, &engine](double progress) {
+    waveform_->onValueWished = [this, &engine](double progress) {
         engine.seek(progress * *engine.duration);
         refreshTime();
     };

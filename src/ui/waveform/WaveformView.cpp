@@ -1,9 +1,6 @@
 #include "ui/waveform/WaveformView.h"
 
-#include <QAccessible>
-#include <QAccessibleWidget>
 #include <QGuiApplication>
-#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -29,46 +26,11 @@ AnimationClock::TimePoint now() {
     return std::chrono::steady_clock::now();
 }
 
-class AccessibleWaveform : public QAccessibleWidget, public QAccessibleValueInterface {
-  public:
-    explicit AccessibleWaveform(WaveformView* view)
-        : QAccessibleWidget(view, QAccessible::Slider) {}
-
-    void* interface_cast(QAccessible::InterfaceType type) override {
-        if (type == QAccessible::ValueInterface) {
-            return static_cast<QAccessibleValueInterface*>(this);
-        }
-        return QAccessibleWidget::interface_cast(type);
-    }
-    QString text(QAccessible::Text kind) const override {
-        if (kind == QAccessible::Value && view()->describeProgress) {
-            return view()->describeProgress(view()->progress());
-        }
-        return QAccessibleWidget::text(kind);
-    }
-    QVariant currentValue() const override { return view()->progress(); }
-    void setCurrentValue(const QVariant& value) override { view()->wish(value.toDouble()); }
-    QVariant maximumValue() const override { return 1.0; }
-    QVariant minimumValue() const override { return 0.0; }
-    QVariant minimumStepSize() const override { return 0.0; }
-
-  private:
-    WaveformView* view() const { return static_cast<WaveformView*>(widget()); }
-};
-
-QAccessibleInterface* makeAccessible(const QString&, QObject* object) {
-    auto* view = dynamic_cast<WaveformView*>(object);
-    return view != nullptr ? new AccessibleWaveform(view) : nullptr;
-}
-
 }  // namespace
 
-WaveformView::WaveformView(const QString& accessibleName, QWidget* parent) : QWidget(parent) {
-    [[maybe_unused]] static const bool isInstalled =
-        (QAccessible::installFactory(&makeAccessible), true);
-    setAccessibleName(accessibleName);
+WaveformView::WaveformView(const QString& accessibleName, QWidget* parent)
+    : ValueControl(accessibleName, parent) {
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setFocusPolicy(Qt::TabFocus);
     motion_ = Motion::isReduced().subscribe([this](bool) { updateAnimationClock(); });
     // The program comes to the front, or leaves it.
     connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
@@ -111,7 +73,7 @@ int WaveformView::playedPixel(double progress) const {
 }
 
 int WaveformView::travel(double progress) const {
-    return std::abs(playedPixel(progress) - playedPixel(progress_));
+    return std::abs(playedPixel(progress) - playedPixel(value()));
 }
 
 // Repaints what lies between the old end of the played part and the new one.
@@ -128,13 +90,7 @@ void WaveformView::showProgress(const std::function<void()>& change) {
 }
 
 void WaveformView::setProgress(double progress) {
-    showProgress([&] { progress_ = progress; });
-}
-
-void WaveformView::wish(double progress) {
-    if (onSeek) {
-        onSeek(std::clamp(progress, 0.0, 1.0));
-    }
+    showProgress([&] { holdValue(progress); });
 }
 
 bool WaveformView::clockShouldRun() const {
@@ -154,7 +110,7 @@ void WaveformView::updateAnimationClock() {
 
 void WaveformView::timerEvent(QTimerEvent* event) {
     if (event->timerId() != frames_.timerId()) {
-        QWidget::timerEvent(event);
+        ValueControl::timerEvent(event);
         return;
     }
     const QRectF sheen = metal_.sheenRect(clock_.elapsed(now()));
@@ -230,7 +186,7 @@ void WaveformView::hideEvent(QHideEvent*) {
 }
 
 void WaveformView::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
+    ValueControl::changeEvent(event);
     update();
 }
 
@@ -238,7 +194,7 @@ bool WaveformView::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::WindowStateChange) {
         updateAnimationClock();
     }
-    return QWidget::eventFilter(watched, event);
+    return ValueControl::eventFilter(watched, event);
 }
 
 double WaveformView::progressAt(double x) const {
@@ -266,27 +222,6 @@ void WaveformView::mouseReleaseEvent(QMouseEvent* event) {
     }
     wish(progressAt(event->position().x()));
     showProgress([&] { pendingSeekProgress_.reset(); });
-}
-
-void WaveformView::keyPressEvent(QKeyEvent* event) {
-    switch (event->key()) {
-        case Qt::Key_Left:
-        case Qt::Key_Down:
-            wish(progress_ - step_);
-            break;
-        case Qt::Key_Right:
-        case Qt::Key_Up:
-            wish(progress_ + step_);
-            break;
-        case Qt::Key_Home:
-            wish(0);
-            break;
-        case Qt::Key_End:
-            wish(1);
-            break;
-        default:
-            event->ignore();
-    }
 }
 
 }  // namespace halvenor

@@ -3,12 +3,12 @@
 #include <QBasicTimer>
 #include <QImage>
 #include <QList>
-#include <QWidget>
 
 #include <functional>
 #include <optional>
 
 #include "base/Published.h"
+#include "ui/controls/ValueControl.h"
 #include "ui/theme/HalvenorTheme.h"
 #include "ui/waveform/AnimationClock.h"
 #include "ui/waveform/LiquidTitanWaveform.h"
@@ -19,39 +19,29 @@ namespace halvenor {
 /// or, in the liquid appearance, in another metal. The whole of it is a seek control: a press or a
 /// drag shows the place, and letting go asks for it.
 ///
-/// It shows values that belong to somebody else. Thirty times a second it repaints the sheen of the
-/// liquid appearance, while music plays, the program is at the front, the view can be seen and the
-/// desktop lets things move; otherwise nothing runs.
-class WaveformView : public QWidget {
+/// Its value is the progress, 0...1 of the track. Thirty times a second it repaints the sheen of
+/// the liquid appearance, while music plays, the program is at the front, the view can be seen and
+/// the desktop lets things move; otherwise nothing runs.
+class WaveformView : public ValueControl {
   public:
     enum class Appearance { standard, liquidTitan };
 
     WaveformView(const QString& accessibleName, QWidget* parent);
     ~WaveformView() override;
 
-    /// The user has chosen a place, 0...1. May be absent.
-    std::function<void(double)> onSeek;
-    /// What assistive technology reads out for a progress, a time say. May be absent.
-    std::function<QString(double)> describeProgress;
-
     /// Values of 0...1; none: a flat line stands for what is missing.
     void setPeaks(const QList<float>& peaks);
-    /// 0...1 of the track. Repaints only if another device pixel is played.
+    /// Repaints only if another device pixel is played.
     void setProgress(double progress);
     void setAppearance(Appearance appearance);
     void setPlaying(bool isPlaying);
     /// The colour of the pane it lies on, which it paints itself.
     void setSurface(std::function<QColor()> surface);
-    /// What the arrow keys go by, 0...1.
-    void setStep(double step) { step_ = step; }
 
-    double progress() const { return progress_; }
     /// The progress on show: that under the pointer during a drag.
-    double effectiveProgress() const { return pendingSeekProgress_.value_or(progress_); }
+    double effectiveProgress() const { return pendingSeekProgress_.value_or(value()); }
     /// How many device pixels the played part would grow or shrink by.
     int travel(double progress) const;
-    /// Asks for another progress, as keys and assistive technology do.
-    void wish(double progress);
     bool isAnimating() const { return clock_.isRunning(); }
 
   protected:
@@ -64,7 +54,6 @@ class WaveformView : public QWidget {
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
@@ -77,8 +66,6 @@ class WaveformView : public QWidget {
     void paintStandard(QPainter& painter, const QRectF& played, const QRectF& rest) const;
 
     QList<float> peaks_;
-    double progress_ = 0;
-    double step_ = 0.02;
     Appearance appearance_ = Appearance::standard;
     bool isPlaying_ = false;
     std::optional<double> pendingSeekProgress_;
