@@ -119,8 +119,11 @@ void followLifecycle(AppState& state, QApplication& application) {
     QObject::connect(
         &application, &QApplication::commitDataRequest, &state,
         [&state](QSessionManager&) { state.willTerminate(); }, Qt::DirectConnection);
-    QObject::connect(&application, &QApplication::aboutToQuit, &state,
-                     [&state] { state.willTerminate(); });
+    QObject::connect(&application, &QApplication::aboutToQuit, &state, [&state] {
+        // The disk may take its time: nothing is to be heard beyond the place that is saved.
+        state.audioEngine().pause();
+        state.willTerminate();
+    });
 }
 
 }  // namespace
