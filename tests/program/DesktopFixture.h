@@ -17,9 +17,10 @@ class DesktopTest : public ProgramTest {
             .waitFor(std::chrono::seconds(20))
             .value_or(-2);
     }
+    // The place is saved once a second while music plays; it is smaller again in the next track.
     bool isPlayingOn() {
         const double before = storedPosition();
-        return comesTrue([&] { return storedPosition() > before; });
+        return comesTrue([&] { return storedPosition() != before; });
     }
 };
 
