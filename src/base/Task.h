@@ -134,7 +134,8 @@ class Service {
                 state->error = std::current_exception();
             }
             work.reset();  // What the work holds dies here, not on the main thread.
-            postToMainThread([state] {
+            // The result is handed over whole: the main thread, which uses it, also ends it.
+            postToMainThread([state = std::move(state)] {
                 --jobsUnderWay_;
                 state->isDone = true;
                 if (const auto waiter = std::exchange(state->waiter, nullptr)) {

@@ -210,7 +210,7 @@ TEST_P(DeviceChanges, ListSinksByTheirDescriptions) {
         << "two of one name, and 9 before 10";
     EXPECT_EQ(engine.outputDevices->at(3).name, QStringLiteral("Sink10"));
 
-    server->setDefaultSink("b10");
+    ASSERT_TRUE(server->makeDefaultSink("b10"));
     EXPECT_TRUE(
         spinUntil([&] { return *engine.defaultOutputDeviceName == QStringLiteral("Sink10"); }));
     server->unloadModule(modules[0]);

@@ -195,7 +195,9 @@ TEST_P(EndToEnd, isUsedFromTheFirstStartToTheEnd) {
     picture(QStringLiteral("folder"));
     click(places::thirdTrack, 2);
     ASSERT_TRUE(comesTrue([&] { return playerctl({"status"}) == "Playing"; }));
-    EXPECT_EQ(playerctl({"metadata", "xesam:title"}), "Low Light, High Tide");
+    EXPECT_TRUE(comesTrue([&] {
+        return playerctl({"metadata", "xesam:title"}) == "Low Light, High Tide";
+    })) << playerctl({"metadata", "xesam:title"});
     press("l");
 
     for (size_t i = 0; i < themes.size(); ++i) {

@@ -173,6 +173,18 @@ void SoundServer::setDefaultSink(const QByteArray& name) {
     pactl({"set-default-sink", name.toStdString()});
 }
 
+bool SoundServer::makeDefaultSink(const QByteArray& name) {
+    const auto isDefault = [&] { return pactl({"get-default-sink"}).trimmed() == name; };
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        setDefaultSink(name);
+        if (waitFor(isDefault)) {
+            return true;
+        }
+        setDefaultSink("main");  // Asked for the same once more, a server does nothing.
+    }
+    return false;
+}
+
 SoundRecorder::SoundRecorder(SoundServer& server, const QByteArray& sink)
     : format_(server.format()),
       process_({.command = {"parec", "-d", sink.toStdString() + ".monitor", "--format=float32le",

@@ -43,7 +43,12 @@ class SoundServer {
     /// Adds a sink. @return the number to unload it by
     QByteArray loadSink(const QByteArray& name, AudioFormat format);
     void unloadModule(const QByteArray& number);
+    /// Asks once for another default sink.
     void setDefaultSink(const QByteArray& name);
+    /// Asks until the server itself names the sink as its default: PipeWire's session manager,
+    /// which decides on it, may be late for a sink that was just made. @return whether it did in
+    /// time
+    bool makeDefaultSink(const QByteArray& name);
     /// Runs pactl on this server. @return its output
     QByteArray pactl(const std::vector<std::string>& arguments) const;
 

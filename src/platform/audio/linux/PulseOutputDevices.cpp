@@ -142,12 +142,12 @@ class PulseOutputDevices final : public AudioOutputDeviceService {
 
     void answered(bool isWhole) {
         isAsking_ = false;
-        if (!isWhole) {
-            return;  // The connection is failing.
-        }
         if (isAnswerStale_) {
             ask();
             return;
+        }
+        if (!isWhole) {
+            return;  // The connection is failing, or the next change will tell.
         }
         connection_->resetPatience();
         list_.devices = std::exchange(answer_, {});
