@@ -217,6 +217,8 @@ class AppState : public QObject {
     Published<bool> isRelocating{false};
     /// Each check of the paths that are remembered has ended with this.
     Published<int> finishedRelocationChecks{0};
+    /// Whether a check is under way, or the road on which the user points at a new place.
+    bool isFollowingMoves() const { return relocationTask_.isOccupied(); }
 
     /// Looks where everything that is remembered is now, and follows what has moved. Returns at
     /// once; a call during a check makes one more check follow it.

@@ -10,6 +10,7 @@
 #include "program/DesktopFixture.h"
 #include "support/EventLoop.h"
 #include "support/HttpServer.h"
+#include "support/Programs.h"
 
 namespace halvenor::test {
 namespace {

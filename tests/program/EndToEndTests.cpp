@@ -10,6 +10,7 @@
 #include <csignal>
 
 #include "program/DesktopFixture.h"
+#include "support/Programs.h"
 #include "ui/ExampleLibrary.h"
 
 namespace halvenor::test {

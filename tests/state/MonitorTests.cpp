@@ -10,6 +10,7 @@
 #include "state/AppState.h"
 #include "support/EventLoop.h"
 #include "support/MediaLibrary.h"
+#include "support/Programs.h"
 #include "support/SoundServer.h"
 #include "support/TemporaryFolder.h"
 

@@ -46,7 +46,9 @@ class RelocationTest : public AppStateFixture {
         int seen = -1;
         while (seen != *state().finishedRelocationChecks) {
             seen = *state().finishedRelocationChecks;
-            ASSERT_TRUE(spinUntil([&] { return *state().finishedRelocationChecks > 0; }));
+            ASSERT_TRUE(spinUntil([&] {
+                return *state().finishedRelocationChecks > 0 && !state().isFollowingMoves();
+            }));
             spinFor(50ms);
         }
     }

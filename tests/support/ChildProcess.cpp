@@ -44,14 +44,19 @@ ChildProcess::ChildProcess(const Setup& setup) {
     std::vector<std::string> command = {"setpriv", "--pdeathsig", "KILL"};
     command.insert(command.end(), setup.command.begin(), setup.command.end());
     std::vector<std::string> environment = environmentWith(setup.environment);
-    const std::string output = setup.outputFile.empty() ? "/dev/null" : setup.outputFile;
+    const auto fileOrNone = [](const std::string& file) {
+        return file.empty() ? "/dev/null" : file.c_str();
+    };
+    constexpr int written = O_WRONLY | O_CREAT | O_TRUNC;
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, output.c_str(),
-                                     O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, fileOrNone(setup.inputFile), O_RDONLY,
+                                     0);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, fileOrNone(setup.outputFile), written,
+                                     0600);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, fileOrNone(setup.errorFile), written,
+                                     0600);
     const int result = posix_spawnp(&id_, command[0].c_str(), &actions, nullptr,
                                     pointersTo(command).data(), pointersTo(environment).data());
     posix_spawn_file_actions_destroy(&actions);

@@ -20,8 +20,10 @@ class ChildProcess {
         std::vector<std::string> command;
         /// Variables that differ from this process's; an empty value removes one.
         std::map<std::string, std::string> environment = {};
-        /// A file that takes the standard output; empty: nothing does.
+        /// Files for the standard input, output and error; empty: there is none.
+        std::string inputFile = {};
         std::string outputFile = {};
+        std::string errorFile = {};
     };
 
     ChildProcess() = default;

@@ -3,6 +3,9 @@
 #include <QEventLoop>
 
 #include <algorithm>
+#include <cstdio>
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace halvenor::test {
 
@@ -33,11 +36,30 @@ void spinFor(std::chrono::milliseconds duration) {
     loop.exec();
 }
 
-EventLoopTicker::EventLoopTicker() {
+namespace {
+
+/// How long the thread of `schedule` was ready to run without running so far, in milliseconds: the
+/// second field of its schedstat (Linux, Documentation/scheduler/sched-stats); 0 without one.
+double readyTime(const FileDescriptor& schedule) {
+    char text[128] = {};
+    unsigned long long running = 0;
+    unsigned long long ready = 0;
+    if (::pread(schedule.get(), text, sizeof(text) - 1, 0) > 0) {
+        std::sscanf(text, "%llu %llu", &running, &ready);
+    }
+    return static_cast<double>(ready) / 1e6;
+}
+
+}  // namespace
+
+EventLoopTicker::EventLoopTicker()
+    : schedule_(::open("/proc/thread-self/schedstat", O_RDONLY | O_CLOEXEC)),
+      readyAtLastTick_(readyTime(schedule_)) {
     timer_.setTimerType(Qt::PreciseTimer);
     timer_.callOnTimeout(&timer_, [this] {
         longest_ = std::max(longest_, sinceLastTick());
         sinceTick_.start();
+        readyAtLastTick_ = readyTime(schedule_);
         ++ticks_;
     });
     sinceTick_.start();
@@ -49,7 +71,8 @@ double EventLoopTicker::longestStall() const {
 }
 
 double EventLoopTicker::sinceLastTick() const {
-    return static_cast<double>(sinceTick_.nsecsElapsed()) / 1e6;
+    const double ready = readyTime(schedule_) - readyAtLastTick_;
+    return static_cast<double>(sinceTick_.nsecsElapsed()) / 1e6 - ready;
 }
 
 }  // namespace halvenor::test

@@ -11,6 +11,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "base/FileDescriptor.h"
 #include "base/Task.h"
 
 /// Ways for a test to let the main event loop run, and to see whether it kept running.
@@ -28,7 +29,8 @@ bool spinUntil(const std::function<bool()>& condition,
 void spinFor(std::chrono::milliseconds duration);
 
 /// Measures how long the main event loop was kept from its work, from construction on: the longest
-/// time between two turns of a timer that is due every millisecond. Main thread.
+/// time between two turns of a timer that is due every millisecond, without the time in which the
+/// thread was ready to go on and the machine had no processor for it. Main thread.
 class EventLoopTicker {
   public:
     EventLoopTicker();
@@ -43,6 +45,8 @@ class EventLoopTicker {
 
     QTimer timer_;
     QElapsedTimer sinceTick_;
+    FileDescriptor schedule_;     ///< the kernel's account of this thread
+    double readyAtLastTick_ = 0;  ///< milliseconds
     double longest_ = 0;
     int ticks_ = 0;
 };

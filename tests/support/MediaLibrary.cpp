@@ -1,7 +1,6 @@
 #include "support/MediaLibrary.h"
 
 #include <QFile>
-#include <QProcess>
 
 #include <cmath>
 #include <numbers>
@@ -9,6 +8,7 @@
 #include <stdexcept>
 
 #include "selftest/audiowriter/AudioWriter.h"
+#include "support/Programs.h"
 
 namespace halvenor::test {
 
@@ -192,21 +192,6 @@ void writeBytes(const FileUrl& url, const QByteArray& bytes) {
     }
     std::fwrite(bytes.constData(), 1, static_cast<size_t>(bytes.size()), file);
     std::fclose(file);
-}
-
-QByteArray runProgram(const QStringList& commandLine, const QByteArray& input) {
-    QProcess process;
-    process.start(commandLine.first(), commandLine.mid(1));
-    process.write(input);
-    process.closeWriteChannel();
-    const bool isDone = process.waitForFinished(60000);
-    if (!isDone || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
-        throw std::runtime_error(
-            (commandLine.join(QLatin1Char(' ')) + QLatin1String(": ") + process.errorString())
-                .toStdString() +
-            process.readAllStandardError().toStdString());
-    }
-    return process.readAllStandardOutput();
 }
 
 }  // namespace halvenor::test

@@ -66,8 +66,6 @@ class MediaLibrary {
 /// @{
 QByteArray readBytes(const FileUrl& url);
 void writeBytes(const FileUrl& url, const QByteArray& bytes);
-/// Runs a program to its end; `input` is its standard input. @return its standard output
-QByteArray runProgram(const QStringList& commandLine, const QByteArray& input = {});
 /// @}
 
 }  // namespace halvenor::test

@@ -4,10 +4,12 @@
 //
 // The functions by which work changes threads are defined here once more, before Qt's own, which
 // they call: what happened before the work was handed over happened before the work runs, and what
-// a pool has done happened before the wait for it ended. Nothing else is said to be ordered.
-// Compiled into the test programs of the ThreadSanitizer build alone.
+// a pool has done happened before the wait for it ended. The locks of Qt's that lie in the way of
+// objects of ours (D-Bus looks at them on a thread of its own) are told too. Nothing else is said
+// to be ordered. Compiled into the test programs of the ThreadSanitizer build alone.
 #include <QMetaObject>
 #include <QObject>
+#include <QReadWriteLock>
 #include <QRunnable>
 #include <QThreadPool>
 
@@ -104,4 +106,24 @@ bool QMetaObject::invokeMethodImpl(QObject* object, QtPrivate::QSlotObjectBase* 
     auto* const handedOver = new HandedOverCall(call);
     const QtAtWork qt;
     return original(object, handedOver, type, result);
+}
+
+void QReadWriteLock::lockForRead() {
+    static auto* const original =
+        qtFunction<void(QReadWriteLock*)>("_ZN14QReadWriteLock11lockForReadEv");
+    original(this);
+    __tsan_acquire(this);
+}
+
+void QReadWriteLock::lockForWrite() {
+    static auto* const original =
+        qtFunction<void(QReadWriteLock*)>("_ZN14QReadWriteLock12lockForWriteEv");
+    original(this);
+    __tsan_acquire(this);
+}
+
+void QReadWriteLock::unlock() {
+    static auto* const original = qtFunction<void(QReadWriteLock*)>("_ZN14QReadWriteLock6unlockEv");
+    __tsan_release(this);
+    original(this);
 }

@@ -14,7 +14,7 @@ namespace halvenor::test {
 
 namespace {
 
-constexpr int patience = 5000;  // milliseconds until something that should happen has failed
+constexpr int patience = 20000;  // milliseconds until something that should happen has failed
 
 /// Polls, as the things waited for are other processes. @return whether it came true in time
 template <class Condition>

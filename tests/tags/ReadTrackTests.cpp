@@ -1,10 +1,9 @@
 // Tracks read from files: those that common encoders write, and tags put together by hand.
-#include <QProcess>
-
 #include <cmath>
 #include <gmock/gmock.h>
 
 #include "platform/decode/AudioFile.h"
+#include "support/Programs.h"
 #include "support/TagBytes.h"
 #include "support/TemporaryFolder.h"
 #include "tags/TagReading.h"
@@ -18,15 +17,6 @@ using Optional = std::optional<int64_t>;
 /// A file that nothing decodes; only its bytes matter.
 const QByteArray cover = "\x89PNG\r\n cover";
 
-void runTool(const QString& program, const QStringList& arguments) {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(program, arguments);
-    if (!process.waitForFinished(60000) || process.exitCode() != 0) {
-        throw std::runtime_error(program.toStdString() + ": " + process.readAll().toStdString());
-    }
-}
-
 QString text(const FileUrl& url) {
     return QString::fromUtf8(url.path());
 }
@@ -35,19 +25,19 @@ QString text(const FileUrl& url) {
 class RealFiles : public testing::Test {
   protected:
     RealFiles() {
-        runTool(QStringLiteral("ffmpeg"),
-                {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
-                 QStringLiteral("lavfi"), QStringLiteral("-i"),
-                 QStringLiteral("sine=440:duration=2.503"), QStringLiteral("-ac"),
-                 QStringLiteral("2"), text(folder_.at("tone.wav"))});
-        runTool(QStringLiteral("ffmpeg"),
-                {QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-f"),
-                 QStringLiteral("lavfi"), QStringLiteral("-i"), QStringLiteral("color=red:s=16x16"),
-                 QStringLiteral("-frames:v"), QStringLiteral("1"), text(folder_.at("cover.png"))});
+        runProgram({QStringLiteral("ffmpeg"), QStringLiteral("-v"), QStringLiteral("error"),
+                    QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+                    QStringLiteral("sine=440:duration=2.503"), QStringLiteral("-ac"),
+                    QStringLiteral("2"), text(folder_.at("tone.wav"))});
+        runProgram({QStringLiteral("ffmpeg"), QStringLiteral("-v"), QStringLiteral("error"),
+                    QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+                    QStringLiteral("color=red:s=16x16"), QStringLiteral("-frames:v"),
+                    QStringLiteral("1"), text(folder_.at("cover.png"))});
     }
 
     FileUrl encode(const char* name, const char* options, bool withCover) const {
-        QStringList arguments{QStringLiteral("-v"), QStringLiteral("error"), QStringLiteral("-i"),
+        QStringList arguments{QStringLiteral("ffmpeg"), QStringLiteral("-v"),
+                              QStringLiteral("error"), QStringLiteral("-i"),
                               text(folder_.at("tone.wav"))};
         if (withCover) {
             arguments << QStringLiteral("-i") << text(folder_.at("cover.png"))
@@ -62,7 +52,7 @@ class RealFiles : public testing::Test {
         }
         arguments << QString::fromLatin1(options).split(u' ', Qt::SkipEmptyParts);
         const FileUrl url = folder_.at(name);
-        runTool(QStringLiteral("ffmpeg"), arguments << text(url));
+        runProgram(arguments << text(url));
         return url;
     }
 
@@ -269,8 +259,8 @@ TEST_F(RealFiles, oggPictures) {
     const FileUrl comments = folder_.makeFile(
         "comments", "TITLE=T\nMETADATA_BLOCK_PICTURE=" +
                         flacPicture("image/png", 3, cover.repeated(20000)).toBase64() + '\n');
-    runTool(QStringLiteral("vorbiscomment"), {QStringLiteral("-w"), QStringLiteral("-R"),
-                                              QStringLiteral("-c"), text(comments), text(ogg)});
+    runProgram({QStringLiteral("vorbiscomment"), QStringLiteral("-w"), QStringLiteral("-R"),
+                QStringLiteral("-c"), text(comments), text(ogg)});
     const Track track = readTrack(ogg);
     EXPECT_EQ(track.title(), QStringLiteral("T"));
     EXPECT_EQ(track.artworkData().bytes(), cover.repeated(20000));

@@ -287,11 +287,13 @@ TEST(SystemOutput, TellsThePositionThatIsHeard) {
     const int64_t recordedBefore = recorder.frames();
     const int64_t heardBefore = *player.node.sampleTime();
     int64_t last = heardBefore;
+    QElapsedTimer sinceLast;
+    sinceLast.start();
     for (int i = 0; i < 100; ++i) {
         QThread::msleep(10);
         const int64_t now = *player.node.sampleTime();
         ASSERT_GE(now, last);
-        ASSERT_LT(now - last, 44100 / 10) << "no jumps";
+        ASSERT_LT(now - last, 44100 / 1000 * (sinceLast.restart() + 90)) << "no jumps";
         last = now;
     }
     const int64_t recordedAfter = recorder.frames();
@@ -332,7 +334,7 @@ TEST(SilentOutput, KeepsRealTime) {
     node.play();
     QThread::msleep(200);
     EXPECT_NEAR(static_cast<double>(*node.sampleTime()),
-                48.0 * static_cast<double>(timer.elapsed()), 48 * 40);
+                48.0 * static_cast<double>(timer.elapsed()), 48 * 150);
     node.pause();
     const int64_t paused = *node.sampleTime();
     QThread::msleep(60);
@@ -344,6 +346,7 @@ TEST(SilentOutput, KeepsRealTime) {
         QThread::msleep(2);
     }
     EXPECT_EQ(completed, 1);
-    EXPECT_NEAR(static_cast<double>(timer.elapsed()), static_cast<double>(24000 - paused) / 48, 60);
+    EXPECT_NEAR(static_cast<double>(timer.elapsed()), static_cast<double>(24000 - paused) / 48,
+                150);
     EXPECT_EQ(node.sampleTime(), 24000);
 }

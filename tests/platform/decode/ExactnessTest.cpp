@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "platform/decode/Decoding.h"
+#include "support/Programs.h"
 
 namespace halvenor::test {
 

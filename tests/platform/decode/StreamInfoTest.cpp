@@ -4,6 +4,7 @@
 #include <QtEndian>
 
 #include "platform/decode/Decoding.h"
+#include "support/Programs.h"
 
 namespace halvenor::test {
 

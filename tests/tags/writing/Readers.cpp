@@ -14,6 +14,7 @@
 #include <taglib/tpropertymap.h>
 
 #include "support/MediaLibrary.h"
+#include "support/Programs.h"
 
 namespace halvenor::test {
 
