@@ -13,8 +13,8 @@ namespace halvenor::test {
 class DiscogsFixture : public testing::Test {
   protected:
     /// Limits small enough to be met.
-    static constexpr std::chrono::milliseconds timeOut{300};
-    static constexpr std::chrono::milliseconds longestRequest{900};
+    static constexpr std::chrono::milliseconds timeOut{1000};
+    static constexpr std::chrono::milliseconds longestRequest{2500};
 
     DiscogsConfiguration configuration() const {
         DiscogsConfiguration made;

@@ -24,6 +24,16 @@ constexpr uint doNotQueue = 4;
 constexpr uint isPrimaryOwner = 1;
 constexpr uint isAlreadyOwner = 4;
 
+QString localPath() {
+    return QStringLiteral("/org/freedesktop/DBus/Local");
+}
+QString localInterface() {
+    return QStringLiteral("org.freedesktop.DBus.Local");
+}
+QString disconnectedSignal() {
+    return QStringLiteral("Disconnected");
+}
+
 // Empty where there is no bus. One is never started for this program's sake, as the library would
 // do by itself ("autolaunch").
 QByteArray busAddress() {
@@ -86,6 +96,10 @@ void SessionBus::start(std::chrono::milliseconds delay) {
     retryTimer_.start(delay);
 }
 
+void SessionBus::letGo(QObject& object) {
+    QObject::disconnect(&object, &QObject::destroyed, nullptr, nullptr);
+}
+
 void SessionBus::send(const QDBusMessage& message) const {
     if (isNamed_) {
         connection_->send(message);
@@ -114,9 +128,8 @@ Task<> SessionBus::connectToBus(std::stop_token stop) {
 
 void SessionBus::connected() {
     // Told by the library itself when the bus goes away.
-    connection_->connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                         QStringLiteral("org.freedesktop.DBus.Local"),
-                         QStringLiteral("Disconnected"), this, SLOT(connectionLost()));
+    connection_->connect(QString(), localPath(), localInterface(), disconnectedSignal(), this,
+                         SLOT(connectionLost()));
     callbacks_.onConnected(*connection_);
     if (names_.isEmpty()) {
         retryDelay_ = firstRetryDelay;
@@ -160,7 +173,11 @@ void SessionBus::connectionLost() {
 
 void SessionBus::disconnectFromBus() {
     isNamed_ = false;
-    if (const auto gone = std::exchange(connection_, std::nullopt)) {
+    if (auto gone = std::exchange(connection_, std::nullopt)) {
+        callbacks_.onDisconnecting(*gone);
+        gone->disconnect(QString(), localPath(), localInterface(), disconnectedSignal(), this,
+                         SLOT(connectionLost()));
+        letGo(*this);
         QDBusConnection::disconnectFromBus(gone->name());
     }
 }

@@ -38,6 +38,9 @@ class SessionBus final : public QObject {
         std::function<void(QDBusConnection&)> onConnected;
         /// The name is there: clients see this process from now on.
         std::function<void()> onNamed;
+        /// About to be disconnected: whatever was registered or connected is taken back here, and
+        /// letGo() of.
+        std::function<void(QDBusConnection&)> onDisconnecting;
         /// The connection is gone, and with it all that was registered.
         std::function<void()> onLost;
     };
@@ -52,6 +55,11 @@ class SessionBus final : public QObject {
 
     /// Connects for the first time after `delay`.
     void start(std::chrono::milliseconds delay);
+
+    /// Ends the library's own interest in the end of `object`, which was registered or connected to
+    /// a signal. The library closes connections on a thread of its own; it would look at the object
+    /// from there, which may be gone by then.
+    static void letGo(QObject& object);
 
     bool isNamed() const { return isNamed_; }
     /// Sends without waiting, where there is a name; else the message is dropped.

@@ -28,11 +28,16 @@ QNetworkRequest qtRequest(const WebRequest& request) {
     return made;
 }
 
+constexpr qint64 readAhead = 256 << 10;  // bytes that Qt takes before this side has read them
+
 class QtTransfer final : public WebTransfer {
   public:
     QtTransfer(QNetworkReply* reply, const WebRequest& request,
                std::function<void(WebOutcome)> onEnd)
         : reply_(reply), mostBytes_(request.mostBytes), onEnd_(std::move(onEnd)) {
+        // A server that sends without end would keep Qt's thread reading, and a request that was
+        // given up would hold up the next one.
+        reply->setReadBufferSize(readAhead);
         QObject::connect(reply, &QNetworkReply::metaDataChanged, &context_, [this] { onHead(); });
         QObject::connect(reply, &QNetworkReply::redirected, &context_, [this] { idle_.start(); });
         QObject::connect(reply, &QNetworkReply::readyRead, &context_, [this] { onBytes(); });

@@ -33,6 +33,10 @@ QString text(const char* latin) {
     return QString::fromLatin1(latin);
 }
 
+QString settingChangedSignal() {
+    return QStringLiteral("SettingChanged");
+}
+
 bool is(const Setting& setting, const QString& group, const QString& key) {
     return group == QLatin1String(setting.group) && key == QLatin1String(setting.key);
 }
@@ -53,13 +57,20 @@ DesktopPreferences::Portal::Portal(DesktopPreferences& preferences)
       bus_({}, worker_,
            {.onConnected = [this](QDBusConnection& bus) { connected(bus); },
             .onNamed = [] {},
+            .onDisconnecting =
+                [this](QDBusConnection& bus) {
+                    bus.disconnect(text(portalName), text(portalPath), text(settingsInterface),
+                                   settingChangedSignal(), this,
+                                   SLOT(settingChanged(QDBusMessage)));
+                    SessionBus::letGo(*this);
+                },
             .onLost = [] {}}) {}
 
 DesktopPreferences::Portal::~Portal() = default;
 
 void DesktopPreferences::Portal::connected(QDBusConnection& bus) {
-    bus.connect(text(portalName), text(portalPath), text(settingsInterface),
-                QStringLiteral("SettingChanged"), this, SLOT(settingChanged(QDBusMessage)));
+    bus.connect(text(portalName), text(portalPath), text(settingsInterface), settingChangedSignal(),
+                this, SLOT(settingChanged(QDBusMessage)));
     for (const Setting& setting : settings) {
         read(bus, text(setting.group), text(setting.key));
     }

@@ -57,6 +57,11 @@ MprisService::MprisService()
                                               QDBusConnection::ExportAdaptors);
                 },
             .onNamed = [this] { putOnBus(); },
+            .onDisconnecting =
+                [this](QDBusConnection& connection) {
+                    connection.unregisterObject(objectPath());
+                    SessionBus::letGo(object_);
+                },
             .onLost = [this] { coverTask_.cancel(); }}) {
     announceTimer_.setSingleShot(true);
     announceTimer_.callOnTimeout(&announceTimer_, [this] { announce(); });
