@@ -22,17 +22,22 @@ class FakePortal final : public QObject, public QDBusContext {
 
   public:
     explicit FakePortal(const BusDaemon& bus) : client_(bus) {
-        client_.connection().registerObject(QStringLiteral("/org/freedesktop/portal/desktop"), this,
-                                            QDBusConnection::ExportAllSlots);
+        client_.connection().registerObject(path, this, QDBusConnection::ExportAllSlots);
         EXPECT_TRUE(
             client_.connection().registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
     }
 
+    // The library's thread, which closes the connection, finds nothing of this object.
+    ~FakePortal() override {
+        client_.connection().unregisterObject(path);
+        QObject::disconnect(this, &QObject::destroyed, nullptr, nullptr);
+    }
+
     void change(const QString& group, const QString& key, const QVariant& value) {
         values[group + key] = value;
-        QDBusMessage signal = QDBusMessage::createSignal(
-            QStringLiteral("/org/freedesktop/portal/desktop"),
-            QStringLiteral("org.freedesktop.portal.Settings"), QStringLiteral("SettingChanged"));
+        QDBusMessage signal =
+            QDBusMessage::createSignal(path, QStringLiteral("org.freedesktop.portal.Settings"),
+                                       QStringLiteral("SettingChanged"));
         signal << group << key << QVariant::fromValue(QDBusVariant(value));
         client_.connection().send(signal);
     }
@@ -50,6 +55,8 @@ class FakePortal final : public QObject, public QDBusContext {
     }
 
   private:
+    inline static const QString path = QStringLiteral("/org/freedesktop/portal/desktop");
+
     BusClient client_;
 };
 
