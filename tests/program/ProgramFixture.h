@@ -7,6 +7,7 @@
 #include <chrono>
 #include <functional>
 #include <gtest/gtest.h>
+#include <iostream>
 #include <optional>
 #include <string>
 #include <sys/stat.h>
@@ -78,6 +79,10 @@ class ProgramTest : public testing::Test {
     }
     /// @param before what the shell is to do before it becomes the program
     void start(const std::string& before = "true") {
+        if (!server_.isRunning()) {
+            std::cerr << "The sound server has ended by itself; here is another." << std::endl;
+            server_.start();
+        }
         program_ =
             ChildProcess({.command = {"sh", "-c", before + "; exec \"$0\"", HALVENOR_PROGRAM},
                           .environment = environment()});
@@ -93,7 +98,8 @@ class ProgramTest : public testing::Test {
             hasMoved =
                 comesTrue([&] { return storedPosition() > before; }, std::chrono::seconds(5));
         }
-        ASSERT_TRUE(comesTrue([&] { return storedPosition() >= position; }));
+        ASSERT_TRUE(comesTrue([&] { return storedPosition() >= position; }))
+            << (server_.isRunning() ? "the sound server runs" : "the sound server has ended");
     }
     void send(int signal) { ASSERT_TRUE(program_.send(signal)); }
     void expectOrderlyEnd() { EXPECT_EQ(program_.waitFor(std::chrono::seconds(20)), 0); }
