@@ -7,9 +7,10 @@
 #include <cstdlib>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <stdexcept>
 #include <thread>
+
+#include "support/Programs.h"
 
 namespace halvenor::test {
 
@@ -61,11 +62,7 @@ int Display::xdotool(std::vector<std::string> arguments) const {
 }
 
 std::string Display::output(const std::vector<std::string>& command) const {
-    const QTemporaryDir directory;
-    const std::string file = directory.filePath(QStringLiteral("output")).toStdString();
-    ChildProcess({.command = command, .environment = environment(), .outputFile = file}).wait();
-    std::ifstream reader(file);
-    return {std::istreambuf_iterator<char>(reader), std::istreambuf_iterator<char>()};
+    return runToEnd({.command = command, .environment = environment()}).output.toStdString();
 }
 
 bool Display::focus(const std::string& windowTitle) const {

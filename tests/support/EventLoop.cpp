@@ -53,26 +53,26 @@ double readyTime(const FileDescriptor& schedule) {
 }  // namespace
 
 EventLoopTicker::EventLoopTicker()
-    : schedule_(::open("/proc/thread-self/schedstat", O_RDONLY | O_CLOEXEC)),
-      readyAtLastTick_(readyTime(schedule_)) {
+    : schedule_(::open("/proc/thread-self/schedstat", O_RDONLY | O_CLOEXEC)) {
     timer_.setTimerType(Qt::PreciseTimer);
     timer_.callOnTimeout(&timer_, [this] {
-        longest_ = std::max(longest_, sinceLastTick());
-        sinceTick_.start();
-        readyAtLastTick_ = readyTime(schedule_);
+        const double now = ownTime();
+        longest_ = std::max(longest_, now - lastTick_);
+        lastTick_ = now;
         ++ticks_;
     });
-    sinceTick_.start();
+    elapsed_.start();
+    lastTick_ = ownTime();
     timer_.start(std::chrono::milliseconds(1));
 }
 
 double EventLoopTicker::longestStall() const {
-    return std::max(longest_, sinceLastTick());
+    return std::max(longest_, ownTime() - lastTick_);
 }
 
-double EventLoopTicker::sinceLastTick() const {
-    const double ready = readyTime(schedule_) - readyAtLastTick_;
-    return static_cast<double>(sinceTick_.nsecsElapsed()) / 1e6 - ready;
+// Time goes by for the thread only while it runs or waits for something.
+double EventLoopTicker::ownTime() const {
+    return static_cast<double>(elapsed_.nsecsElapsed()) / 1e6 - readyTime(schedule_);
 }
 
 }  // namespace halvenor::test

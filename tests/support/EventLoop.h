@@ -41,12 +41,12 @@ class EventLoopTicker {
     int ticks() const { return ticks_; }
 
   private:
-    double sinceLastTick() const;
+    double ownTime() const;
 
     QTimer timer_;
-    QElapsedTimer sinceTick_;
-    FileDescriptor schedule_;     ///< the kernel's account of this thread
-    double readyAtLastTick_ = 0;  ///< milliseconds
+    QElapsedTimer elapsed_;
+    FileDescriptor schedule_;  ///< the kernel's account of this thread
+    double lastTick_ = 0;      ///< in own time, milliseconds
     double longest_ = 0;
     int ticks_ = 0;
 };

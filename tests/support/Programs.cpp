@@ -5,8 +5,6 @@
 
 #include <stdexcept>
 
-#include "support/ChildProcess.h"
-
 namespace halvenor::test {
 
 namespace {
@@ -18,28 +16,31 @@ QByteArray contentOf(const QString& path) {
 
 }  // namespace
 
-QByteArray runProgram(const QStringList& commandLine, const QByteArray& input) {
+ProgramResult runToEnd(ChildProcess::Setup setup, const QByteArray& input) {
     const QTemporaryDir folder;
-    const QString in = folder.filePath(QStringLiteral("in"));
-    const QString out = folder.filePath(QStringLiteral("out"));
-    const QString error = folder.filePath(QStringLiteral("error"));
-    QFile file(in);
+    const auto place = [&](const char* name) { return folder.filePath(QString::fromLatin1(name)); };
+    QFile file(place("in"));
     if (!file.open(QIODevice::WriteOnly) || file.write(input) != input.size() || !file.flush()) {
         throw std::runtime_error("can't write what a program reads");
     }
+    setup.inputFile = place("in").toStdString();
+    setup.outputFile = place("out").toStdString();
+    setup.errorFile = place("error").toStdString();
+    const int status = ChildProcess(setup).wait();
+    return {status, contentOf(place("out")), contentOf(place("error"))};
+}
+
+QByteArray runProgram(const QStringList& commandLine, const QByteArray& input) {
     std::vector<std::string> command;
     for (const QString& argument : commandLine) {
         command.push_back(QFile::encodeName(argument).toStdString());
     }
-    ChildProcess program({.command = command,
-                          .inputFile = in.toStdString(),
-                          .outputFile = out.toStdString(),
-                          .errorFile = error.toStdString()});
-    if (program.wait() != 0) {
+    const ProgramResult result = runToEnd({.command = command}, input);
+    if (result.status != 0) {
         throw std::runtime_error(commandLine.join(QLatin1Char(' ')).toStdString() + ": " +
-                                 contentOf(error).toStdString());
+                                 result.error.toStdString());
     }
-    return contentOf(out);
+    return result.output;
 }
 
 }  // namespace halvenor::test

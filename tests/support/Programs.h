@@ -3,9 +3,22 @@
 #include <QByteArray>
 #include <QStringList>
 
+#include "support/ChildProcess.h"
+
 namespace halvenor::test {
 
-/// Runs a program to its end; `input` is its standard input. @return its standard output
+/// How a program ended, and what it printed.
+struct ProgramResult {
+    int status = -1;  ///< the exit status; -1 when a signal ended it
+    QByteArray output;
+    QByteArray error;
+};
+
+/// Runs a program to its end, which has files of this function's for its output and error; `input`
+/// is its standard input. @throws std::runtime_error when it can't be started
+ProgramResult runToEnd(ChildProcess::Setup setup, const QByteArray& input = {});
+
+/// The same for what should succeed. @return its standard output
 /// @throws std::runtime_error with its standard error when it can't be started or fails
 QByteArray runProgram(const QStringList& commandLine, const QByteArray& input = {});
 

@@ -10,6 +10,8 @@
 #include <cstring>
 #include <sys/stat.h>
 
+#include "support/Programs.h"
+
 namespace halvenor::test {
 
 namespace {
@@ -34,16 +36,6 @@ std::string sinkArguments(const std::string& name, AudioFormat format) {
     // Without rewinding the monitor gets each frame once, and what it gets is what was heard.
     return "sink_name=" + name + " rate=" + std::to_string(format.sampleRate) +
            " channels=" + std::to_string(format.channels) + " format=float32le norewinds=1";
-}
-
-/// Runs a program to its end. @return its standard output
-QByteArray outputOf(ChildProcess::Setup setup) {
-    const QTemporaryDir directory;
-    const QString path = directory.filePath(QStringLiteral("output"));
-    setup.outputFile = path.toStdString();
-    ChildProcess(setup).wait();
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 }  // namespace
@@ -157,7 +149,7 @@ void SoundServer::kill() {
 QByteArray SoundServer::pactl(const std::vector<std::string>& arguments) const {
     ChildProcess::Setup setup{.command = {"pactl"}, .environment = environment()};
     setup.command.insert(setup.command.end(), arguments.begin(), arguments.end());
-    return outputOf(setup);
+    return runToEnd(setup).output;
 }
 
 QByteArray SoundServer::loadSink(const QByteArray& name, AudioFormat format) {

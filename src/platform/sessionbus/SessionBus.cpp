@@ -24,14 +24,18 @@ constexpr uint doNotQueue = 4;
 constexpr uint isPrimaryOwner = 1;
 constexpr uint isAlreadyOwner = 4;
 
-QString localPath() {
-    return QStringLiteral("/org/freedesktop/DBus/Local");
+// Told by the library itself when the bus goes away.
+BusSignal disconnected() {
+    return {.service = QString(),
+            .path = QStringLiteral("/org/freedesktop/DBus/Local"),
+            .interface = QStringLiteral("org.freedesktop.DBus.Local"),
+            .name = QStringLiteral("Disconnected")};
 }
-QString localInterface() {
-    return QStringLiteral("org.freedesktop.DBus.Local");
-}
-QString disconnectedSignal() {
-    return QStringLiteral("Disconnected");
+
+// The library closes a connection on a thread of its own; it would look at the object from there,
+// which may be gone by then.
+void endInterestIn(QObject& object) {
+    QObject::disconnect(&object, &QObject::destroyed, nullptr, nullptr);
 }
 
 // Empty where there is no bus. One is never started for this program's sake, as the library would
@@ -81,6 +85,7 @@ SessionBus::SessionBus(QStringList names, Service& worker, Callbacks callbacks)
       worker_(worker),
       callbacks_(std::move(callbacks)),
       retryDelay_(firstRetryDelay) {
+    listen(disconnected(), *this, SLOT(connectionLost()));
     retryTimer_.setSingleShot(true);
     retryTimer_.callOnTimeout(this, [this] {
         connectTask_.start([this](std::stop_token stop) { return connectToBus(std::move(stop)); });
@@ -92,12 +97,16 @@ SessionBus::~SessionBus() {
     disconnectFromBus();
 }
 
-void SessionBus::start(std::chrono::milliseconds delay) {
-    retryTimer_.start(delay);
+void SessionBus::publish(const QString& path, QObject& object) {
+    published_.push_back({path, object});
 }
 
-void SessionBus::letGo(QObject& object) {
-    QObject::disconnect(&object, &QObject::destroyed, nullptr, nullptr);
+void SessionBus::listen(const BusSignal& signal, QObject& receiver, const char* slot) {
+    listeners_.push_back({signal, receiver, slot});
+}
+
+void SessionBus::start(std::chrono::milliseconds delay) {
+    retryTimer_.start(delay);
 }
 
 void SessionBus::send(const QDBusMessage& message) const {
@@ -127,9 +136,13 @@ Task<> SessionBus::connectToBus(std::stop_token stop) {
 }
 
 void SessionBus::connected() {
-    // Told by the library itself when the bus goes away.
-    connection_->connect(QString(), localPath(), localInterface(), disconnectedSignal(), this,
-                         SLOT(connectionLost()));
+    for (const auto& [signal, receiver, slot] : listeners_) {
+        connection_->connect(signal.service, signal.path, signal.interface, signal.name, &receiver,
+                             slot);
+    }
+    for (const auto& [path, object] : published_) {
+        connection_->registerObject(path, &object, QDBusConnection::ExportAdaptors);
+    }
     callbacks_.onConnected(*connection_);
     if (names_.isEmpty()) {
         retryDelay_ = firstRetryDelay;
@@ -171,13 +184,22 @@ void SessionBus::connectionLost() {
     retryLater();
 }
 
+void SessionBus::takeBack(QDBusConnection& connection) {
+    for (const auto& [path, object] : published_) {
+        connection.unregisterObject(path);
+        endInterestIn(object);
+    }
+    for (const auto& [signal, receiver, slot] : listeners_) {
+        connection.disconnect(signal.service, signal.path, signal.interface, signal.name, &receiver,
+                              slot);
+        endInterestIn(receiver);
+    }
+}
+
 void SessionBus::disconnectFromBus() {
     isNamed_ = false;
     if (auto gone = std::exchange(connection_, std::nullopt)) {
-        callbacks_.onDisconnecting(*gone);
-        gone->disconnect(QString(), localPath(), localInterface(), disconnectedSignal(), this,
-                         SLOT(connectionLost()));
-        letGo(*this);
+        takeBack(*gone);
         QDBusConnection::disconnectFromBus(gone->name());
     }
 }

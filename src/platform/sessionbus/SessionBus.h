@@ -8,6 +8,7 @@
 #include <chrono>
 #include <functional>
 #include <optional>
+#include <vector>
 
 #include "base/Task.h"
 
@@ -23,6 +24,14 @@ enum class BusPresence {
 /// tray icon does, is safe unless the bus is mute. Main thread.
 Task<BusPresence> findSessionBus(Service& worker, std::stop_token stop);
 
+/// Whose signal of which name; an empty service is any.
+struct BusSignal {
+    QString service;
+    QString path;
+    QString interface;
+    QString name;
+};
+
 /// A connection of this object's own to the session bus, with a name on it; made again when it is
 /// lost.
 ///
@@ -34,14 +43,11 @@ class SessionBus final : public QObject {
 
   public:
     struct Callbacks {
-        /// Connected, without a name yet: whatever is to be reached gets registered here.
+        /// Connected, without a name yet; what is published can be reached.
         std::function<void(QDBusConnection&)> onConnected;
         /// The name is there: clients see this process from now on.
         std::function<void()> onNamed;
-        /// About to be disconnected: whatever was registered or connected is taken back here, and
-        /// letGo() of.
-        std::function<void(QDBusConnection&)> onDisconnecting;
-        /// The connection is gone, and with it all that was registered.
+        /// The connection is gone; nothing is reached through it any more.
         std::function<void()> onLost;
     };
 
@@ -53,13 +59,14 @@ class SessionBus final : public QObject {
     SessionBus& operator=(const SessionBus&) = delete;
     ~SessionBus() override;
 
+    /// Lets clients reach the adaptors of `object`, through every connection that is made. It lives
+    /// as long as this. Before start().
+    void publish(const QString& path, QObject& object);
+    /// Has `slot`, a SLOT() of `receiver`, called for each such signal, through every connection
+    /// that is made. The receiver lives as long as this. Before start().
+    void listen(const BusSignal& signal, QObject& receiver, const char* slot);
     /// Connects for the first time after `delay`.
     void start(std::chrono::milliseconds delay);
-
-    /// Ends the library's own interest in the end of `object`, which was registered or connected to
-    /// a signal. The library closes connections on a thread of its own; it would look at the object
-    /// from there, which may be gone by then.
-    static void letGo(QObject& object);
 
     bool isNamed() const { return isNamed_; }
     /// Sends without waiting, where there is a name; else the message is dropped.
@@ -69,15 +76,28 @@ class SessionBus final : public QObject {
     void connectionLost();
 
   private:
+    struct PublishedObject {
+        QString path;
+        QObject& object;
+    };
+    struct Listener {
+        BusSignal signal;
+        QObject& receiver;
+        const char* slot;
+    };
+
     Task<> connectToBus(std::stop_token stop);
     void connected();
     void requestName(qsizetype index);
+    void takeBack(QDBusConnection& connection);
     void disconnectFromBus();
     void retryLater();
 
     QStringList names_;
     Service& worker_;
     Callbacks callbacks_;
+    std::vector<PublishedObject> published_;
+    std::vector<Listener> listeners_;
     QTimer retryTimer_;
     std::chrono::milliseconds retryDelay_;
     std::optional<QDBusConnection> connection_;

@@ -33,10 +33,6 @@ QString text(const char* latin) {
     return QString::fromLatin1(latin);
 }
 
-QString settingChangedSignal() {
-    return QStringLiteral("SettingChanged");
-}
-
 bool is(const Setting& setting, const QString& group, const QString& key) {
     return group == QLatin1String(setting.group) && key == QLatin1String(setting.key);
 }
@@ -57,20 +53,17 @@ DesktopPreferences::Portal::Portal(DesktopPreferences& preferences)
       bus_({}, worker_,
            {.onConnected = [this](QDBusConnection& bus) { connected(bus); },
             .onNamed = [] {},
-            .onDisconnecting =
-                [this](QDBusConnection& bus) {
-                    bus.disconnect(text(portalName), text(portalPath), text(settingsInterface),
-                                   settingChangedSignal(), this,
-                                   SLOT(settingChanged(QDBusMessage)));
-                    SessionBus::letGo(*this);
-                },
-            .onLost = [] {}}) {}
+            .onLost = [] {}}) {
+    bus_.listen({.service = text(portalName),
+                 .path = text(portalPath),
+                 .interface = text(settingsInterface),
+                 .name = QStringLiteral("SettingChanged")},
+                *this, SLOT(settingChanged(QDBusMessage)));
+}
 
 DesktopPreferences::Portal::~Portal() = default;
 
 void DesktopPreferences::Portal::connected(QDBusConnection& bus) {
-    bus.connect(text(portalName), text(portalPath), text(settingsInterface), settingChangedSignal(),
-                this, SLOT(settingChanged(QDBusMessage)));
     for (const Setting& setting : settings) {
         read(bus, text(setting.group), text(setting.key));
     }

@@ -51,18 +51,10 @@ MprisService::MprisService()
     : object_(model_),
       covers_(coverFolder()),
       bus_(busNames(), worker_,
-           {.onConnected =
-                [this](QDBusConnection& connection) {
-                    connection.registerObject(objectPath(), &object_,
-                                              QDBusConnection::ExportAdaptors);
-                },
+           {.onConnected = [](QDBusConnection&) {},
             .onNamed = [this] { putOnBus(); },
-            .onDisconnecting =
-                [this](QDBusConnection& connection) {
-                    connection.unregisterObject(objectPath());
-                    SessionBus::letGo(object_);
-                },
             .onLost = [this] { coverTask_.cancel(); }}) {
+    bus_.publish(objectPath(), object_);
     announceTimer_.setSingleShot(true);
     announceTimer_.callOnTimeout(&announceTimer_, [this] { announce(); });
     coverTimer_.setSingleShot(true);
