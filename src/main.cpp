@@ -183,8 +183,7 @@ int main(int argc, char** argv) {
         });
         preferences.start();
         state.nowPlayingService().start();
-        QTimer::singleShot(std::chrono::milliseconds(400), &application,
-                           [&shell] { shell.startStatusItem(); });
+        shell.startStatusItem(std::chrono::milliseconds(400));
     }
     return QApplication::exec();
 }

@@ -67,5 +67,23 @@ TEST_F(MediaKeyTest, steerThePlayer) {
     expectOrderlyEnd();
 }
 
+// A panel that starts after the program, as at a login.
+TEST_F(MediaKeyTest, theNoteInALateTrayBringsTheWindowBack) {
+    start();
+    ASSERT_TRUE(becomes({"status"}, "Paused"));
+    const ChildProcess panel(
+        {.command = {"trayer", "--edge", "top", "--align", "left", "--widthtype", "pixel",
+                     "--width", "100", "--height", "24"},
+         .environment = environment()});
+    ASSERT_TRUE(display_.close("Halvenor"));
+    ASSERT_TRUE(comesTrue([&] { return !display_.isShown("Halvenor"); }));
+    EXPECT_TRUE(comesTrue([&] {
+        return display_.clickScreen(12, 12) &&
+               comesTrue([&] { return display_.isShown("Halvenor"); }, std::chrono::seconds(1));
+    }));
+    send(SIGTERM);
+    expectOrderlyEnd();
+}
+
 }  // namespace
 }  // namespace halvenor::test

@@ -35,6 +35,10 @@ class Display {
     void setKeyboardLayout(const std::string& layout) const;
     /// Clicks into a window. @param x,y pixels from its upper left corner
     bool click(const std::string& windowTitle, int x, int y, int times = 1, int button = 1) const;
+    /// Clicks a place of the screen. @param x,y pixels from its upper left corner
+    bool clickScreen(int x, int y) const {
+        return xdotool({"mousemove", std::to_string(x), std::to_string(y), "click", "1"}) == 0;
+    }
     /// The number by which other programs know the window; empty if there is none.
     std::string windowId(const std::string& windowTitle) const;
     /// In pixels; 0 if there is no such window.

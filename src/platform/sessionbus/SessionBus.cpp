@@ -115,6 +115,19 @@ void SessionBus::send(const QDBusMessage& message) const {
     }
 }
 
+void SessionBus::ask(const QDBusMessage& call, std::function<void(const QVariantList&)> take) {
+    if (!connection_) {
+        return;
+    }
+    auto* const watcher = new QDBusPendingCallWatcher(connection_->asyncCall(call), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, take = std::move(take)] {
+        watcher->deleteLater();
+        if (!watcher->isError()) {
+            take(watcher->reply().arguments());
+        }
+    });
+}
+
 Task<> SessionBus::connectToBus(std::stop_token stop) {
     // Qt knows connections by name, and each of them but once.
     const QString key = QUuid::createUuid().toString();
@@ -137,13 +150,13 @@ Task<> SessionBus::connectToBus(std::stop_token stop) {
 
 void SessionBus::connected() {
     for (const auto& [signal, receiver, slot] : listeners_) {
-        connection_->connect(signal.service, signal.path, signal.interface, signal.name, &receiver,
-                             slot);
+        connection_->connect(signal.service, signal.path, signal.interface, signal.name,
+                             signal.arguments, QString(), &receiver, slot);
     }
     for (const auto& [path, object] : published_) {
         connection_->registerObject(path, &object, QDBusConnection::ExportAdaptors);
     }
-    callbacks_.onConnected(*connection_);
+    callbacks_.onConnected();
     if (names_.isEmpty()) {
         retryDelay_ = firstRetryDelay;
     } else {
@@ -190,8 +203,8 @@ void SessionBus::takeBack(QDBusConnection& connection) {
         endInterestIn(object);
     }
     for (const auto& [signal, receiver, slot] : listeners_) {
-        connection.disconnect(signal.service, signal.path, signal.interface, signal.name, &receiver,
-                              slot);
+        connection.disconnect(signal.service, signal.path, signal.interface, signal.name,
+                              signal.arguments, QString(), &receiver, slot);
         endInterestIn(receiver);
     }
 }

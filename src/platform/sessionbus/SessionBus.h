@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QObject>
 #include <QStringList>
 #include <QTimer>
+#include <QVariantList>
 
 #include <chrono>
 #include <functional>
@@ -30,6 +32,7 @@ struct BusSignal {
     QString path;
     QString interface;
     QString name;
+    QStringList arguments = {};  ///< what the first ones must be
 };
 
 /// A connection of this object's own to the session bus, with a name on it; made again when it is
@@ -43,8 +46,8 @@ class SessionBus final : public QObject {
 
   public:
     struct Callbacks {
-        /// Connected, without a name yet; what is published can be reached.
-        std::function<void(QDBusConnection&)> onConnected;
+        /// Connected, without a name yet: what is published can be reached, others can be asked.
+        std::function<void()> onConnected;
         /// The name is there: clients see this process from now on.
         std::function<void()> onNamed;
         /// The connection is gone; nothing is reached through it any more.
@@ -71,6 +74,9 @@ class SessionBus final : public QObject {
     bool isNamed() const { return isNamed_; }
     /// Sends without waiting, where there is a name; else the message is dropped.
     void send(const QDBusMessage& message) const;
+    /// Calls somebody without waiting. `take` gets what the answer holds, later; it gets nothing
+    /// where there is no connection, nobody answers, or the answer is an error.
+    void ask(const QDBusMessage& call, std::function<void(const QVariantList&)> take);
 
   private Q_SLOTS:
     void connectionLost();

@@ -10,7 +10,7 @@
 namespace halvenor {
 
 ApplicationShell::ApplicationShell(AppState& state, DesktopPreferences& preferences)
-    : state_(state), preferences_(preferences) {
+    : state_(state), preferences_(preferences), tray_([this] { foundTray(); }) {
     state_.onShowMainWindow = [this] { showMainWindow(); };
     motion_ = preferences_.reducesMotion.subscribe(
         [](bool isReduced) { Motion::isReduced() = isReduced; });
@@ -33,8 +33,14 @@ void ApplicationShell::showMainWindow() {
     window_->activateWindow();
 }
 
-void ApplicationShell::startStatusItem() {
-    statusItemTask_.start([this](std::stop_token token) { return placeStatusItem(token); });
+void ApplicationShell::startStatusItem(std::chrono::milliseconds delay) {
+    tray_.start(delay);
+}
+
+void ApplicationShell::foundTray() {
+    if (!statusItem_) {
+        statusItemTask_.start([this](std::stop_token token) { return placeStatusItem(token); });
+    }
 }
 
 Task<> ApplicationShell::placeStatusItem(std::stop_token token) {

@@ -2,10 +2,12 @@
 
 #include <QPointer>
 
+#include <chrono>
 #include <memory>
 
 #include "base/Published.h"
 #include "base/Task.h"
+#include "platform/tray/TrayWatch.h"
 #include "ui/mainwindow/MainWindow.h"
 
 namespace halvenor {
@@ -30,17 +32,20 @@ class ApplicationShell {
     /// The main window, or null while it is closed.
     MainWindow* mainWindow() { return window_; }
 
-    /// Puts the status item into the desktop's tray, where there is one, as soon as it is certain
-    /// that this makes nothing wait.
-    void startStatusItem();
+    /// Puts the status item into the desktop's tray as soon as there is one and it is certain that
+    /// this makes nothing wait.
+    /// @param delay before the first look; the window comes first
+    void startStatusItem(std::chrono::milliseconds delay);
 
   private:
+    void foundTray();
     Task<> placeStatusItem(std::stop_token token);
 
     AppState& state_;
     DesktopPreferences& preferences_;
     QPointer<MainWindow> window_;
     std::unique_ptr<StatusItem> statusItem_;
+    TrayWatch tray_;
     Service worker_;
     TaskSlot statusItemTask_;
     Subscription motion_;

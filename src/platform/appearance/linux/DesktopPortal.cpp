@@ -1,8 +1,7 @@
 #include "platform/appearance/linux/DesktopPortal.h"
 
 #include <QDBusMessage>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
+#include <QDBusVariant>
 
 #include <array>
 
@@ -51,9 +50,7 @@ DesktopPreferences::Portal::Portal(DesktopPreferences& preferences)
     : preferences_(preferences),
       toolkitAppearance_(*preferences.appearance),
       bus_({}, worker_,
-           {.onConnected = [this](QDBusConnection& bus) { connected(bus); },
-            .onNamed = [] {},
-            .onLost = [] {}}) {
+           {.onConnected = [this] { connected(); }, .onNamed = [] {}, .onLost = [] {}}) {
     bus_.listen({.service = text(portalName),
                  .path = text(portalPath),
                  .interface = text(settingsInterface),
@@ -63,25 +60,18 @@ DesktopPreferences::Portal::Portal(DesktopPreferences& preferences)
 
 DesktopPreferences::Portal::~Portal() = default;
 
-void DesktopPreferences::Portal::connected(QDBusConnection& bus) {
+void DesktopPreferences::Portal::connected() {
     for (const Setting& setting : settings) {
-        read(bus, text(setting.group), text(setting.key));
+        read(text(setting.group), text(setting.key));
     }
 }
 
-void DesktopPreferences::Portal::read(QDBusConnection& bus, const QString& group,
-                                      const QString& key) {
+void DesktopPreferences::Portal::read(const QString& group, const QString& key) {
     QDBusMessage call = QDBusMessage::createMethodCall(
         text(portalName), text(portalPath), text(settingsInterface), QStringLiteral("Read"));
     call << group << key;
-    auto* const watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, group, key] {
-        watcher->deleteLater();
-        const QDBusPendingReply<QDBusVariant> reply = *watcher;
-        if (!reply.isError()) {
-            take(group, key, reply.value().variant());
-        }
-    });
+    bus_.ask(call,
+             [this, group, key](const QVariantList& answer) { take(group, key, answer.value(0)); });
 }
 
 void DesktopPreferences::Portal::settingChanged(const QDBusMessage& signal) {

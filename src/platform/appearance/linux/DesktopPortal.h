@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QObject>
 
@@ -29,8 +28,8 @@ class DesktopPreferences::Portal final : public QObject {
     void settingChanged(const QDBusMessage& signal);
 
   private:
-    void connected(QDBusConnection& bus);
-    void read(QDBusConnection& bus, const QString& group, const QString& key);
+    void connected();
+    void read(const QString& group, const QString& key);
     void take(const QString& group, const QString& key, const QVariant& value);
 
     DesktopPreferences& preferences_;

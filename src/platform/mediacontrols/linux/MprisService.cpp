@@ -51,7 +51,7 @@ MprisService::MprisService()
     : object_(model_),
       covers_(coverFolder()),
       bus_(busNames(), worker_,
-           {.onConnected = [](QDBusConnection&) {},
+           {.onConnected = [] {},
             .onNamed = [this] { putOnBus(); },
             .onLost = [this] { coverTask_.cancel(); }}) {
     bus_.publish(objectPath(), object_);
