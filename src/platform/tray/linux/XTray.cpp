@@ -55,12 +55,6 @@ bool isOwned(xcb_connection_t* connection, uint32_t selection) {
 
 XTray::XTray(std::function<void()> onTray) : onTray_(std::move(onTray)) {}
 
-XTray::~XTray() {
-    if (manager_ != 0) {
-        qGuiApp->removeNativeEventFilter(this);
-    }
-}
-
 void XTray::start() {
     xcb_connection_t* const connection = display();
     if (connection == nullptr || manager_ != 0) {

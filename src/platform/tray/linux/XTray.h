@@ -15,7 +15,6 @@ class XTray final : public QAbstractNativeEventFilter {
   public:
     /// @param onTray there is one; called whenever that is seen
     explicit XTray(std::function<void()> onTray);
-    ~XTray() override;
 
     /// Looks, and listens from now on. The application object is there.
     void start();
@@ -26,7 +25,7 @@ class XTray final : public QAbstractNativeEventFilter {
 
   private:
     std::function<void()> onTray_;
-    uint32_t manager_ = 0;    ///< the atom of the announcement; 0 before start()
+    uint32_t manager_ = 0;    ///< the atom of the announcement; none before start()
     uint32_t selection_ = 0;  ///< the atom of the tray's selection
 };
 
