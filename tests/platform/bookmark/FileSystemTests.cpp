@@ -56,17 +56,16 @@ class Mounted {
     bool isMounted_;
 };
 
-class MountTest : public testing::Test {
+class MountTest : public testing::Test, public MarkedFolder {
   protected:
     void SetUp() override {
         if (!hasOwnMounts()) {
             GTEST_SKIP() << "this user may not mount anything";
         }
     }
-
-    TemporaryFolder folder_;
-    BookmarkResolver resolver_{shortWalks()};
 };
+
+struct FileSystemTest : testing::Test, MarkedFolder {};
 
 // Where in `folder` a file is made that has the number that `gone` had, and a birth time of its
 // own; empty if the file system does not give numbers out again.
@@ -80,29 +79,26 @@ FileUrl recycled(const TemporaryFolder& folder, const QByteArray& name, const Fi
         if (status->born != gone.born) {
             return file;
         }
-        remove(file);  // Made within one tick of the clock.
+        std::remove(file.path().constData());  // Made within one tick of the clock.
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     return {};
 }
 
-TEST(FileSystemTest, ANumberGivenOutAgainIsNotBelieved) {
-    const TemporaryFolder folder;
+TEST_F(FileSystemTest, ANumberGivenOutAgainIsNotBelieved) {
     folder.makeFolder("L");
-    BookmarkResolver resolver;
-    resolver.setLocations({folder.path("L")});
+    setLocations({"L"});
     for (const char* const name : {"L/new.mp3", "L/x.mp3"}) {
         const FileUrl file = folder.makeFile("L/x.mp3");
         const auto status = fileStatus(file);
-        const QByteArray bookmark = marked(file);
-        remove(file);
+        const QByteArray bookmark = marked("L/x.mp3");
+        remove("L/x.mp3");
         const FileUrl other = recycled(folder, name, *status);
         if (other.isEmpty()) {
             GTEST_SKIP() << "the file system gives out no number again";
         }
-        EXPECT_EQ(told(resolved(resolver, bookmark), folder),
-                  other == file ? "L/x.mp3 (stale)" : "lost");
-        remove(other);
+        EXPECT_EQ(answer(bookmark), other == file ? "L/x.mp3 (stale)" : "lost");
+        remove(name);
     }
 }
 
@@ -151,24 +147,23 @@ const ProofCase proofCases[] = {
      false},
 };
 
-TEST(FileSystemTest, AHitIsBelievedForBirthOrHandle) {
+TEST(BookmarkProofTest, AHitIsBelievedForBirthOrHandle) {
     for (const ProofCase& test : proofCases) {
         for (const char* const name : {"L/file", "L/folder"}) {
             const bool isFolder = std::string_view(name) == "L/folder";
-            const TemporaryFolder folder;
-            const FileUrl item = isFolder ? folder.makeFolder(name) : folder.makeFile(name, "abc");
-            const QByteArray whole = marked(item);
+            MarkedFolder marks;
+            isFolder ? marks.folder.makeFolder(name) : marks.folder.makeFile(name, "abc");
+            const QByteArray whole = marks.marked(name);
             auto front = decodedFront(whole);
             auto back = decodedBack(whole);
             if (!front->item.born || front->item.handle.isEmpty()) {
                 GTEST_SKIP() << "the file system lacks births or handles";
             }
             test.change(*front, *back);
-            BookmarkResolver resolver;
-            resolver.setLocations({folder.path("L")});
-            move(folder, name, "L/moved");
+            marks.setLocations({"L"});
+            marks.move(name, "L/moved");
             EXPECT_EQ(
-                told(resolved(resolver, encodedBookmark(*front, *back)), folder),
+                marks.answer(encodedBookmark(*front, *back)),
                 (isFolder ? test.isBelievedOfFolder : test.isBelieved) ? "L/moved (stale)" : "lost")
                 << test.name << " of " << name;
         }
@@ -183,36 +178,31 @@ struct FileSystemCase {
 class EachFileSystemTest : public MountTest, public testing::WithParamInterface<FileSystemCase> {};
 
 TEST_P(EachFileSystemTest, ItemsAreFollowed) {
-    folder_.makeFolder("m");
-    const Mounted below("tmpfs", folder_.at("m"));
+    folder.makeFolder("m");
+    const Mounted below("tmpfs", at("m"));
     QByteArray options;
     for (const char* const name : {"m/lower", "m/upper", "m/work", "m/top"}) {
-        folder_.makeFolder(name);
+        folder.makeFolder(name);
     }
     if (GetParam().hasLayers) {
-        options = "lowerdir=" + folder_.path("m/lower") + ",upperdir=" + folder_.path("m/upper") +
-                  ",workdir=" + folder_.path("m/work");
+        options = "lowerdir=" + folder.path("m/lower") + ",upperdir=" + folder.path("m/upper") +
+                  ",workdir=" + folder.path("m/work");
     }
-    const Mounted top(GetParam().type, folder_.at("m/top"), options);
+    const Mounted top(GetParam().type, at("m/top"), options);
     if (!below.isMounted() || !top.isMounted()) {
         GTEST_SKIP() << "this system can't mount " << GetParam().type;
     }
     for (const char* const name : {"m/top/L/B/x.mp3", "m/top/L/C/x.mp3", "m/top/M/x.mp3"}) {
-        folder_.makeFile(name);
+        folder.makeFile(name);
     }
-    std::vector<BookmarkRequest> requests;
-    for (const char* const name : {"m/top/L/B/x.mp3", "m/top/L/C/x.mp3", "m/top/L"}) {
-        requests.emplace_back(marked(folder_.at(name)), BookmarkScope::fileSystem);
-    }
-    move(folder_, "m/top/L/B/x.mp3", "m/top/L/y.mp3");
-    move(folder_, "m/top/L/C", "m/top/L/D");
-    move(folder_, "m/top/L", "m/top/M/K");
-    resolver_.setLocations({folder_.path("m/top/L")});
-    const auto resolutions = resolver_.resolve(requests);
-    EXPECT_EQ(told(resolutions[0], folder_), "m/top/M/K/y.mp3 (stale)");
-    EXPECT_EQ(told(resolutions[1], folder_), "m/top/M/K/D/x.mp3 (stale)");
-    EXPECT_EQ(told(resolutions[2], folder_), "m/top/M/K (stale)");
-    EXPECT_EQ(resolver_.statistics().walks, 1);
+    const auto items = requests({"m/top/L/B/x.mp3", "m/top/L/C/x.mp3", "m/top/L"}, anywhere);
+    move("m/top/L/B/x.mp3", "m/top/L/y.mp3");
+    move("m/top/L/C", "m/top/L/D");
+    move("m/top/L", "m/top/M/K");
+    setLocations({"m/top/L"});
+    EXPECT_EQ(answers(items), Answers({"m/top/M/K/y.mp3 (stale)", "m/top/M/K/D/x.mp3 (stale)",
+                                       "m/top/M/K (stale)"}));
+    EXPECT_EQ(resolver->statistics().walks, 1);
 }
 
 INSTANTIATE_TEST_SUITE_P(FileSystems, EachFileSystemTest,
@@ -221,68 +211,57 @@ INSTANTIATE_TEST_SUITE_P(FileSystems, EachFileSystemTest,
                          [](const auto& test) { return std::string(test.param.type); });
 
 TEST_F(MountTest, AFileSystemThatIsAwayCostsNoWalk) {
-    folder_.makeFile("L/x.mp3");
-    folder_.makeFolder("L/disk");
-    std::optional<Mounted> disk(std::in_place, "tmpfs", folder_.at("L/disk"));
-    std::vector<BookmarkRequest> requests;
-    for (const char* const name : {"L/disk/A/x.mp3", "L/disk/A", "L/disk"}) {
-        if (name != std::string_view("L/disk")) {
-            folder_.makeFile("L/disk/A/x.mp3");
-        }
-        requests.emplace_back(marked(folder_.at(name)), BookmarkScope::fileSystem);
-    }
-    resolver_.setLocations({folder_.path("L"), folder_.path("L/disk")});
+    folder.makeFile("L/x.mp3");
+    folder.makeFolder("L/disk");
+    std::optional<Mounted> disk(std::in_place, "tmpfs", at("L/disk"));
+    folder.makeFile("L/disk/A/x.mp3");
+    const auto items = requests({"L/disk/A/x.mp3", "L/disk/A", "L/disk"}, anywhere);
+    setLocations({"L", "L/disk"});
     disk->unmount();  // The Locations that are held do not hinder it.
-    for (const auto& resolution : resolver_.resolve(requests)) {
-        EXPECT_EQ(told(resolution, folder_), "lost");
-    }
-    EXPECT_EQ(resolver_.statistics().walks, 0);
+    EXPECT_EQ(answers(items), Answers({"lost", "lost", "lost"}));
+    EXPECT_EQ(resolver->statistics().walks, 0);
 
-    disk.emplace("tmpfs", folder_.at("L/disk"));
-    folder_.makeFile("L/disk/A/x.mp3");
-    const auto another = resolver_.resolve(requests);
-    EXPECT_EQ(told(another[0], folder_), "L/disk/A/x.mp3 (stale)");
-    EXPECT_EQ(told(another[2], folder_), "L/disk (stale)");
-    EXPECT_EQ(resolver_.statistics().walks, 0);
+    // Another disk, with things of the same names.
+    disk.emplace("tmpfs", at("L/disk"));
+    folder.makeFile("L/disk/A/x.mp3");
+    const Answers another = answers(items);
+    EXPECT_EQ(another[0], "L/disk/A/x.mp3 (stale)");
+    EXPECT_EQ(another[2], "L/disk (stale)");
+    EXPECT_EQ(resolver->statistics().walks, 0);
 }
 
 TEST_F(MountTest, AFileSystemThatIsMountedElsewhereIsFollowed) {
-    folder_.makeFolder("one");
-    folder_.makeFolder("two");
-    Mounted disk("tmpfs", folder_.at("one"));
-    folder_.makeFile("one/L/A/x.mp3");
-    folder_.makeFile("one/L/A/y.mp3");
-    std::vector<BookmarkRequest> requests;
-    for (const char* const name : {"one/L/A/x.mp3", "one/L/A/y.mp3", "one"}) {
-        requests.emplace_back(marked(folder_.at(name)), BookmarkScope::fileSystem);
-    }
-    move(folder_, "one/L/A/y.mp3", "one/z.mp3");
-    disk.moveTo(folder_.at("two"));
-    const auto resolutions = resolver_.resolve(requests);
-    EXPECT_EQ(told(resolutions[0], folder_), "two/L/A/x.mp3 (stale)");
-    EXPECT_EQ(told(resolutions[1], folder_), "two/z.mp3 (stale)");
-    EXPECT_EQ(told(resolutions[2], folder_), "two (stale)");
+    folder.makeFolder("one");
+    folder.makeFolder("two");
+    Mounted disk("tmpfs", at("one"));
+    folder.makeFile("one/L/A/x.mp3");
+    folder.makeFile("one/L/A/y.mp3");
+    const auto items = requests({"one/L/A/x.mp3", "one/L/A/y.mp3", "one"}, anywhere);
+    move("one/L/A/y.mp3", "one/z.mp3");
+    disk.moveTo(at("two"));
+    EXPECT_EQ(answers(items),
+              Answers({"two/L/A/x.mp3 (stale)", "two/z.mp3 (stale)", "two (stale)"}));
 }
 
 TEST_F(MountTest, WalksEnterNoMountPoint) {
     for (int i = 0; i < 10; ++i) {
-        folder_.makeFile("L/A/" + QByteArray::number(i));
+        folder.makeFile("L/A/" + QByteArray::number(i));
     }
-    folder_.makeFolder("L/disk");
-    folder_.makeFolder("L/again");
-    const Mounted disk("tmpfs", folder_.at("L/disk"));
-    ASSERT_EQ(::mount(folder_.path("L/A").constData(), folder_.path("L/again").constData(), nullptr,
+    folder.makeFolder("L/disk");
+    folder.makeFolder("L/again");
+    const Mounted disk("tmpfs", at("L/disk"));
+    ASSERT_EQ(::mount(folder.path("L/A").constData(), folder.path("L/again").constData(), nullptr,
                       MS_BIND, nullptr),
               0);
     for (int i = 0; i < 100; ++i) {
-        folder_.makeFile("L/disk/" + QByteArray::number(i));
+        folder.makeFile("L/disk/" + QByteArray::number(i));
     }
-    const QByteArray bookmark = marked(folder_.at("L/A/3"));
-    remove(folder_.at("L/A/3"));
-    resolver_.setLocations({folder_.path("L")});
-    EXPECT_FALSE(resolved(resolver_, bookmark));
-    EXPECT_EQ(resolver_.statistics().entries, 3 + 9);
-    ::umount(folder_.path("L/again").constData());
+    const QByteArray bookmark = marked("L/A/3");
+    remove("L/A/3");
+    setLocations({"L"});
+    EXPECT_EQ(answer(bookmark), "lost");
+    EXPECT_EQ(resolver->statistics().entries, 3 + 9);
+    ::umount(folder.path("L/again").constData());
 }
 
 /// Another process that does something and is ended, should it wait for ever.
@@ -350,22 +329,17 @@ class Automounted {
 };
 
 TEST_F(MountTest, NothingIsMountedForALook) {
-    folder_.makeFile("L/auto/A/x.mp3");
-    folder_.makeFile("L/B/y.mp3");
-    const std::vector<BookmarkRequest> requests = {
-        BookmarkRequest(marked(folder_.at("L/auto/A/x.mp3")), BookmarkScope::fileSystem),
-        BookmarkRequest(marked(folder_.at("L/auto")), BookmarkScope::fileSystem),
-        BookmarkRequest(marked(folder_.at("L/B/y.mp3")), BookmarkScope::fileSystem)};
-    move(folder_, "L/B/y.mp3", "z.mp3");
-    const Automounted automounted(folder_.at("L/auto"));
+    folder.makeFile("L/auto/A/x.mp3");
+    folder.makeFile("L/B/y.mp3");
+    const auto items = requests({"L/auto/A/x.mp3", "L/auto", "L/B/y.mp3"}, anywhere);
+    move("L/B/y.mp3", "z.mp3");
+    const Automounted automounted(at("L/auto"));
     if (!automounted.isMounted()) {
         GTEST_SKIP() << "this system can't mount autofs";
     }
     Attempt resolving([&] {
-        resolver_.setLocations({folder_.path("L"), folder_.path("L/auto/A")});
-        const auto resolutions = resolver_.resolve(requests);
-        return !resolutions[0] && !resolutions[1] &&
-               told(resolutions[2], folder_) == "z.mp3 (stale)";
+        setLocations({"L", "L/auto/A"});
+        return answers(items) == Answers({"lost", "lost", "z.mp3 (stale)"});
     });
     if (automounted.isAsked(500)) {
         resolving.end();
@@ -374,7 +348,7 @@ TEST_F(MountTest, NothingIsMountedForALook) {
     EXPECT_TRUE(resolving.wentWell());
 
     // The trap works: whoever does look is heard.
-    const Attempt looking([&] { return itemExists(folder_.at("L/auto/A/x.mp3")); });
+    const Attempt looking([&] { return itemExists(at("L/auto/A/x.mp3")); });
     EXPECT_TRUE(automounted.isAsked(5000));
 }
 
@@ -388,13 +362,12 @@ TEST(MountTableTest, KnowsWhatWouldHaveToBeMounted) {
         "34 33 8:2 / /mnt/here rw - ext4 /dev/sdb1 rw\n"
         "a line that is none\n"
         "\n");
-    EXPECT_TRUE(mounts.isWaitingForMount("/net/other/x"));
-    EXPECT_TRUE(mounts.isWaitingForMount("/mnt/My disk"));
-    EXPECT_TRUE(mounts.isWaitingForMount("/mnt/My disk/x"));
-    EXPECT_FALSE(mounts.isWaitingForMount("/mnt/My disk2/x"));
-    EXPECT_FALSE(mounts.isWaitingForMount("/net/host/x"));
-    EXPECT_FALSE(mounts.isWaitingForMount("/mnt/here/x"));
-    EXPECT_FALSE(mounts.isWaitingForMount("/home/x"));
+    for (const char* const path : {"/net/other/x", "/mnt/My disk", "/mnt/My disk/x"}) {
+        EXPECT_TRUE(mounts.isWaitingForMount(path)) << path;
+    }
+    for (const char* const path : {"/mnt/My disk2/x", "/net/host/x", "/mnt/here/x", "/home/x"}) {
+        EXPECT_FALSE(mounts.isWaitingForMount(path)) << path;
+    }
     EXPECT_TRUE(mounts.isMountPointName("My disk"));
     EXPECT_TRUE(mounts.isMountPoint("/mnt/My disk"));
     EXPECT_FALSE(mounts.isMountPoint("/home/My disk"));

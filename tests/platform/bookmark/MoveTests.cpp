@@ -4,201 +4,83 @@ namespace halvenor::test {
 
 namespace {
 
-struct Move {
-    QByteArray from;
-    QByteArray to;
-};
-
-// One move by hand. Files are told from folders by their dots; names at the end of `made` that hold
-// "->" are links.
+// What a user does by hand, step by step: "L/A/x" makes a file and the folders above it, "K->L/x" a
+// link and "L/y=L/x" another name of a file; "A > B" moves. Before the first move the bookmark of
+// the item is made.
 struct MoveCase {
     const char* name;
-    QList<QByteArray> made;
     QByteArray item;
-    std::vector<Move> moves;
-    QList<QByteArray> madeAfter;
+    QList<QByteArray> steps;
     QByteArray expected;
-    BookmarkScope scope = BookmarkScope::searchRoots;
+    BookmarkScope scope = roots;
     QList<QByteArray> locations = {"L"};
 };
 
 const QByteArray odd = "A\n100%20 \xE9\xFF";
-constexpr BookmarkScope roots = BookmarkScope::searchRoots;
-constexpr BookmarkScope anywhere = BookmarkScope::fileSystem;
+const QByteArray allOdd = "L/" + odd + "/" + odd;
 
 const MoveCase moveCases[] = {
-    {"Unmoved", {"L/A/x.mp3"}, "L/A/x.mp3", {}, {}, "L/A/x.mp3"},
-    {"UnmovedFolder", {"L/A/x.mp3"}, "L/A", {}, {}, "L/A"},
-    {"FileRenamed",
-     {"L/A/x.mp3"},
-     "L/A/x.mp3",
-     {{"L/A/x.mp3", "L/A/y.mp3"}},
-     {},
-     "L/A/y.mp3 (stale)"},
-    {"FileToAnotherFolder",
-     {"L/A/x.mp3", "L/B/C/y.mp3"},
-     "L/A/x.mp3",
-     {{"L/A/x.mp3", "L/B/C/x.mp3"}},
-     {},
-     "L/B/C/x.mp3 (stale)"},
-    {"FileToAnotherLocation",
-     {"L/A/x.mp3", "M/y.mp3"},
-     "L/A/x.mp3",
-     {{"L/A/x.mp3", "M/x.mp3"}},
-     {},
-     "M/x.mp3 (stale)",
-     roots,
-     {"L", "M"}},
-    {"FileAndItsPlaceTaken",
-     {"L/A/x.mp3"},
-     "L/A/x.mp3",
-     {{"L/A/x.mp3", "L/x.mp3"}},
-     {"L/A/x.mp3"},
-     "L/x.mp3 (stale)"},
-    {"NamesSwapped",
-     {"L/x.mp3", "L/y.mp3"},
-     "L/x.mp3",
-     {{"L/x.mp3", "L/t"}, {"L/y.mp3", "L/x.mp3"}, {"L/t", "L/y.mp3"}},
-     {},
-     "L/y.mp3 (stale)"},
-    {"SavedOver",
-     {"L/x.mp3", "L/.x.mp3.tmp"},
-     "L/x.mp3",
-     {{"L/.x.mp3.tmp", "L/x.mp3"}},
-     {},
-     "L/x.mp3 (stale)"},
-    {"KindChanged", {"L/x"}, "L/x", {{"L/x", "t"}}, {"L/x/y.mp3"}, "lost"},
-    {"FolderRenamed", {"L/A/x.mp3"}, "L/A", {{"L/A", "L/B"}}, {}, "L/B (stale)"},
-    {"FolderAboveRenamed", {"L/A/x.mp3"}, "L/A/x.mp3", {{"L/A", "L/B"}}, {}, "L/B/x.mp3 (stale)"},
-    {"FolderAboveReplaced",
-     {"L/A/x.mp3"},
-     "L/A/x.mp3",
-     {{"L/A", "L/B"}},
-     {"L/A/x.mp3"},
-     "L/B/x.mp3 (stale)"},
-    {"TwoFoldersAbove",
-     {"L/A/B/x.mp3"},
-     "L/A/B/x.mp3",
-     {{"L/A/B", "L/A/C"}, {"L/A", "L/D"}},
-     {},
-     "L/D/C/x.mp3 (stale)"},
-    {"FolderAboveAndFile",
-     {"L/A/B/x.mp3"},
-     "L/A/B/x.mp3",
-     {{"L/A", "L/C"}, {"L/C/B/x.mp3", "L/C/y.mp3"}},
-     {},
-     "L/C/y.mp3 (stale)"},
-    {"Location", {"L/A/x.mp3", "M/m"}, "L", {{"L", "M/K"}}, {}, "M/K (stale)", anywhere},
-    {"InMovedLocation",
-     {"L/A/x.mp3", "M/m"},
-     "L/A/x.mp3",
-     {{"L", "M/K"}},
-     {},
-     "M/K/A/x.mp3 (stale)",
-     anywhere},
+    {"Unmoved", "L/A/x", {"L/A/x"}, "L/A/x"},
+    {"UnmovedFolder", "L/A", {"L/A/x"}, "L/A"},
+    {"FileRenamed", "L/A/x", {"L/A/x", "L/A/x > L/A/y"}, "L/A/y (stale)"},
+    {"FileToAnotherFolder", "L/A/x", {"L/A/x", "L/B/y", "L/A/x > L/B/x"}, "L/B/x (stale)"},
+    {"FileToAnotherLocation", "L/x", {"L/x", "M/y", "L/x > M/x"}, "M/x (stale)", roots, {"L", "M"}},
+    {"FileAndItsPlaceTaken", "L/A/x", {"L/A/x", "L/A/x > L/x", "L/A/x"}, "L/x (stale)"},
+    {"NamesSwapped", "L/x", {"L/x", "L/y", "L/x > L/t", "L/y > L/x", "L/t > L/y"}, "L/y (stale)"},
+    {"SavedOver", "L/x", {"L/x", "L/.x.tmp", "L/.x.tmp > L/x"}, "L/x (stale)"},
+    {"KindChanged", "L/x", {"L/x", "L/x > t", "L/x/y"}, "lost"},
+    {"FolderRenamed", "L/A", {"L/A/x", "L/A > L/B"}, "L/B (stale)"},
+    {"FolderAboveRenamed", "L/A/x", {"L/A/x", "L/A > L/B"}, "L/B/x (stale)"},
+    {"FolderAboveReplaced", "L/A/x", {"L/A/x", "L/A > L/B", "L/A/x"}, "L/B/x (stale)"},
+    {"TwoFoldersAbove", "L/A/B/x", {"L/A/B/x", "L/A/B > L/A/C", "L/A > L/D"}, "L/D/C/x (stale)"},
+    {"FolderAboveAndFile", "L/A/B/x", {"L/A/B/x", "L/A > L/C", "L/C/B/x > L/C/y"}, "L/C/y (stale)"},
+    {"Location", "L", {"L/A/x", "M/m", "L > M/K"}, "M/K (stale)", anywhere},
+    {"InMovedLocation", "L/A/x", {"L/A/x", "M/m", "L > M/K"}, "M/K/A/x (stale)", anywhere},
     {"DeepInMovedLocation",
-     {"L/1/2/3/4/5/6/7/8/9/x.mp3"},
-     "L/1/2/3/4/5/6/7/8/9/x.mp3",
-     {{"L", "K"}},
-     {},
-     "K/1/2/3/4/5/6/7/8/9/x.mp3 (stale)",
+     "L/1/2/3/4/5/6/7/8/9/x",
+     {"L/1/2/3/4/5/6/7/8/9/x", "L > K"},
+     "K/1/2/3/4/5/6/7/8/9/x (stale)",
      anywhere},
     {"LocationAndFileInIt",
-     {"L/A/x.mp3", "L/B/y.mp3"},
-     "L/A/x.mp3",
-     {{"L/A/x.mp3", "L/B/z.mp3"}, {"L", "K"}},
-     {},
-     "K/B/z.mp3 (stale)",
+     "L/A/x",
+     {"L/A/x", "L/B/y", "L/A/x > L/B/z", "L > K"},
+     "K/B/z (stale)",
      anywhere},
     {"LocationNamedAsIfDeleted",
-     {"L/x.mp3"},
-     "L/x.mp3",
-     {{"L", "L (deleted)"}},
-     {},
-     "L (deleted)/x.mp3 (stale)",
+     "L/x",
+     {"L/x", "L > L (deleted)"},
+     "L (deleted)/x (stale)",
      anywhere},
-    {"LocationReplaced",
-     {"L/x.mp3"},
-     "L/x.mp3",
-     {{"L", "K"}},
-     {"L/x.mp3"},
-     "K/x.mp3 (stale)",
-     anywhere},
+    {"LocationReplaced", "L/x", {"L/x", "L > K", "L/x"}, "K/x (stale)", anywhere},
     {"NestedLocationMovedOut",
-     {"L/A/x.mp3"},
-     "L/A/x.mp3",
-     {{"L/A", "K"}},
-     {},
-     "K/x.mp3 (stale)",
+     "L/A/x",
+     {"L/A/x", "L/A > K"},
+     "K/x (stale)",
      anywhere,
      {"L", "L/A"}},
-    {"OutOfTheLocations", {"L/x.mp3", "M/m"}, "L/x.mp3", {{"L/x.mp3", "M/x.mp3"}}, {}, "lost"},
-    {"OutOfTheLocationsSought",
-     {"L/x.mp3", "M/m"},
-     "L/x.mp3",
-     {{"L/x.mp3", "M/x.mp3"}},
-     {},
-     "M/x.mp3 (stale)",
-     anywhere},
-    {"OddNames",
-     {"L/" + odd + "/" + odd},
-     "L/" + odd + "/" + odd,
-     {{"L/" + odd + "/" + odd, "L/\n\xFE"}},
-     {},
-     "L/\n\xFE (stale)"},
-    {"FolderWithOddName",
-     {"L/A/x.mp3"},
-     "L/A/x.mp3",
-     {{"L/A", "L/" + odd}},
-     {},
-     "L/" + odd + "/x.mp3 (stale)"},
+    {"OutOfTheLocations", "L/x", {"L/x", "M/m", "L/x > M/x"}, "lost"},
+    {"OutOfTheLocationsSought", "L/x", {"L/x", "M/m", "L/x > M/x"}, "M/x (stale)", anywhere},
+    {"OddNames", allOdd, {allOdd, allOdd + " > L/\n\xFE"}, "L/\n\xFE (stale)"},
+    {"FolderWithOddName", "L/A/x", {"L/A/x", "L/A > L/" + odd}, "L/" + odd + "/x (stale)"},
     {"TrashOfTheLocation",
-     {"L/x.mp3", "L/.Trash-1000/files/y.mp3"},
-     "L/x.mp3",
-     {{"L/x.mp3", "L/.Trash-1000/files/x.mp3"}},
-     {},
-     "L/.Trash-1000/files/x.mp3 (stale)"},
-    {"AnotherNameOfTheFile",
-     {"L/x.mp3", "L/A/y.mp3=L/x.mp3"},
-     "L/x.mp3",
-     {{"L/x.mp3", "t"}},
-     {},
-     "L/A/y.mp3 (stale)"},
+     "L/x",
+     {"L/x", "L/.Trash-1000/files/y", "L/x > L/.Trash-1000/files/x"},
+     "L/.Trash-1000/files/x (stale)"},
+    {"AnotherNameOfTheFile", "L/x", {"L/x", "L/A/y=L/x", "L/x > t"}, "L/A/y (stale)"},
     {"AnotherNameNotInTheTrash",
-     {"L/A/x.mp3", "L/.Trash/t", "L/B/C/D/y.mp3=L/A/x.mp3"},
-     "L/A/x.mp3",
-     {{"L/A/x.mp3", "L/.Trash/x.mp3"}},
-     {},
-     "L/B/C/D/y.mp3 (stale)"},
-    {"LocationIsALink",
-     {"R/A/x.mp3", "K->R"},
-     "K/A/x.mp3",
-     {{"R/A/x.mp3", "R/y.mp3"}},
-     {},
-     "K/y.mp3 (stale)",
-     roots,
-     {"K"}},
+     "L/A/x",
+     {"L/A/x", "L/.Trash/t", "L/B/C/D/y=L/A/x", "L/A/x > L/.Trash/x"},
+     "L/B/C/D/y (stale)"},
+    {"LocationIsALink", "K/A/x", {"R/A/x", "K->R", "R/A/x > R/y"}, "K/y (stale)", roots, {"K"}},
     {"LocationIsALinkAndMoved",
-     {"R/A/x.mp3", "K->R"},
-     "K/A/x.mp3",
-     {{"R", "S"}},
-     {},
-     "S/A/x.mp3 (stale)",
+     "K/A/x",
+     {"R/A/x", "K->R", "R > S"},
+     "S/A/x (stale)",
      anywhere,
      {"K"}},
-    {"ItemIsALink", {"L/x.mp3", "L/k->x.mp3"}, "L/k", {}, {}, "L/k"},
-    {"ItemIsALinkAndItsFileRenamed",
-     {"L/x.mp3", "L/k->x.mp3"},
-     "L/k",
-     {{"L/x.mp3", "L/y.mp3"}},
-     {},
-     "L/y.mp3 (stale)"},
-    {"LinkRenamed",
-     {"L/A/x.mp3", "L/k->A/x.mp3"},
-     "L/k",
-     {{"L/k", "L/l"}},
-     {},
-     "L/A/x.mp3 (stale)"},
+    {"ItemIsALink", "L/k", {"L/x", "L/k->x"}, "L/k"},
+    {"ItemIsALinkAndItsFileRenamed", "L/k", {"L/x", "L/k->x", "L/x > L/y"}, "L/y (stale)"},
+    {"LinkRenamed", "L/k", {"L/A/x", "L/k->A/x", "L/k > L/l"}, "L/A/x (stale)"},
 };
 
 void make(const TemporaryFolder& folder, const QByteArray& entry) {
@@ -218,33 +100,30 @@ void make(const TemporaryFolder& folder, const QByteArray& entry) {
 // starts afterwards, with their old paths.
 enum class Program { running, started };
 
-class MoveTest : public testing::TestWithParam<std::tuple<MoveCase, Program>> {};
+class MoveTest : public testing::TestWithParam<std::tuple<MoveCase, Program>>,
+                 public MarkedFolder {};
 
 TEST_P(MoveTest, IsFollowed) {
-    const auto& [test, program] = GetParam();
-    const TemporaryFolder folder;
-    for (const QByteArray& entry : test.made) {
-        make(folder, entry);
+    const MoveCase& test = std::get<MoveCase>(GetParam());
+    const auto isMove = [](const QByteArray& step) { return step.contains(" > "); };
+    auto step = test.steps.begin();
+    for (; step != test.steps.end() && !isMove(*step); ++step) {
+        make(folder, *step);
     }
-    QList<QByteArray> locations;
-    for (const QByteArray& location : test.locations) {
-        locations.append(folder.path(location));
+    const QByteArray bookmark = marked(test.item);
+    if (std::get<Program>(GetParam()) == Program::running) {
+        setLocations(test.locations);
     }
-    std::vector<BookmarkRequest> requests = {
-        BookmarkRequest(marked(folder.at(test.item)), test.scope)};
-    BookmarkResolver resolver(shortWalks());
-    if (program == Program::running) {
-        resolver.setLocations(locations);
+    for (; step != test.steps.end(); ++step) {
+        if (isMove(*step)) {
+            const qsizetype arrow = step->indexOf(" > ");
+            move(step->left(arrow), step->mid(arrow + 3));
+        } else {
+            make(folder, *step);
+        }
     }
-    for (const Move& step : test.moves) {
-        move(folder, step.from, step.to);
-    }
-    for (const QByteArray& entry : test.madeAfter) {
-        make(folder, entry);
-    }
-    resolver.setLocations(locations);
-    const auto resolutions = resolver.resolve(requests);
-    EXPECT_EQ(told(resolutions[0], folder), test.expected);
+    setLocations(test.locations);
+    EXPECT_EQ(answer(bookmark, test.scope), test.expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(Moves, MoveTest,

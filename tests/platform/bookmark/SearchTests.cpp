@@ -17,217 +17,178 @@ QByteArray numbered(const QByteArray& name, int number) {
     return name + QByteArray::number(number);
 }
 
-// A folder of `folders` folders with `files` files in each.
-void fill(const TemporaryFolder& folder, const QByteArray& top, int folders, int files) {
-    for (int i = 0; i < folders; ++i) {
-        for (int j = 0; j < files; ++j) {
-            folder.makeFile(numbered(top + "/f", i) + numbered("/", j));
+// A Location with things in it, and what lies beside it.
+struct SearchTest : testing::Test, MarkedFolder {
+    // Makes a folder of `folders` folders with `files` files in each.
+    void fill(const QByteArray& top, int folders, int files) const {
+        for (int i = 0; i < folders; ++i) {
+            for (int j = 0; j < files; ++j) {
+                folder.makeFile(numbered(top + "/f", i) + numbered("/", j));
+            }
         }
     }
-}
+};
 
-std::vector<BookmarkRequest> requestsFor(const QList<FileUrl>& urls,
-                                         BookmarkScope scope = BookmarkScope::searchRoots) {
-    std::vector<BookmarkRequest> requests;
-    for (const auto& bookmark : makeBookmarks(urls)) {
-        requests.emplace_back(bookmark.value_or(QByteArray()), scope);
-    }
-    return requests;
-}
-
-TEST(SearchTest, OneWalkServesThousandsOfItems) {
-    const TemporaryFolder folder;
-    fill(folder, "L", 100, 20);
-    fill(folder, "L/Z", 20, 20);
+TEST_F(SearchTest, OneWalkServesThousandsOfItems) {
+    fill("L", 100, 20);
+    fill("L/Z", 20, 20);
     folder.makeFolder("L/Z/New");
-    QList<FileUrl> urls;
+    QList<QByteArray> names;
+    Answers expected;
     for (int i = 0; i < 100; ++i) {
         for (int j = 0; j < 20; ++j) {
-            urls.append(folder.at(numbered("L/f", i) + numbered("/", j)));
+            expected.append(numbered("L/Z/New/", static_cast<int>(names.size())) + " (stale)");
+            names.append(numbered("L/f", i) + numbered("/", j));
         }
     }
-    const auto requests = requestsFor(urls);
-    for (int i = 0; i < urls.size(); ++i) {
-        const QByteArray to = folder.path(numbered("L/Z/New/", i));
-        ASSERT_EQ(std::rename(urls[i].path().constData(), to.constData()), 0);
+    const auto items = requests(names);
+    for (int i = 0; i < names.size(); ++i) {
+        move(names[i], numbered("L/Z/New/", i));
     }
-    BookmarkResolver resolver;
-    resolver.setLocations({folder.path("L")});
-    const auto resolutions = resolver.resolve(requests);
-    for (int i = 0; i < urls.size(); ++i) {
-        ASSERT_EQ(told(resolutions[static_cast<size_t>(i)], folder),
-                  numbered("L/Z/New/", i) + " (stale)");
-    }
-    EXPECT_EQ(resolver.statistics().walks, 1);
-    EXPECT_LE(resolver.statistics().entries, entriesBelow(folder.at("L")));
+    setLocations({"L"});
+    EXPECT_EQ(answers(items), expected);
+    EXPECT_EQ(resolver->statistics().walks, 1);
+    EXPECT_LE(resolver->statistics().entries, entriesBelow(at("L")));
 }
 
-TEST(SearchTest, ListsEachFolderOnceHoweverItIsReached) {
-    const TemporaryFolder folder;
-    fill(folder, "L", 10, 10);
-    fill(folder, "L/A/B", 10, 10);
-    fill(folder, "outside", 10, 10);
+TEST_F(SearchTest, ListsEachFolderOnceHoweverItIsReached) {
+    fill("L", 10, 10);
+    fill("L/A/B", 10, 10);
+    fill("outside", 10, 10);
     folder.makeLink("K", "L");
     folder.makeLink("L/A/loop", "..");
     folder.makeLink("L/A/out", "../../outside");
-    QList<FileUrl> urls;
+    QList<QByteArray> names;
     for (int i = 0; i < 5; ++i) {
-        urls += {folder.at(numbered("L/f1/", i)), folder.at(numbered("L/A/B/f1/", i)),
-                 folder.at(numbered("L/A/B/f2/", i))};
+        names += {numbered("L/f1/", i), numbered("L/A/B/f1/", i), numbered("L/A/B/f2/", i)};
     }
-    const auto requests = requestsFor(urls);
-    for (const FileUrl& url : urls) {
-        remove(url);
+    const auto items = requests(names);
+    for (const QByteArray& name : names) {
+        remove(name);
     }
-    remove(folder.at("L/A/B/f2"));
-    BookmarkResolver resolver;
-    resolver.setLocations({folder.path("L"), folder.path("L/A"), folder.path("K")});
-    for (const auto& resolution : resolver.resolve(requests)) {
-        EXPECT_EQ(told(resolution, folder), "lost");
-    }
-    EXPECT_EQ(resolver.statistics().walks, 1);
-    EXPECT_EQ(resolver.statistics().entries, entriesBelow(folder.at("L")));
+    remove("L/A/B/f2");
+    setLocations({"L", "L/A", "K"});
+    EXPECT_EQ(answers(items), Answers(names.size(), "lost"));
+    EXPECT_EQ(resolver->statistics().walks, 1);
+    EXPECT_EQ(resolver->statistics().entries, entriesBelow(at("L")));
 }
 
 struct NearCase {
     const char* from;
     const char* to;
-    const char* item;
-    const char* listed;  // the folder that is all that has to be listed
+    int mostEntries;  // The folders inside are reached before the one that is searched.
 };
 
-TEST(SearchTest, EndsWhereAllIsFound) {
-    for (const NearCase& test : {
-             NearCase{"L/A/B/0", "L/A/B/new", "L/A/B/0", "L/A/B"},
-             NearCase{"L/A/B/0", "L/A/new", "L/A/B/0", "L/A"},
-             NearCase{"L/A", "L/new", "L/A/B/0", "L"},
-         }) {
-        const TemporaryFolder folder;
-        fill(folder, "L", 50, 5);
-        for (int i = 0; i < 20; ++i) {
-            folder.makeFile(numbered("L/A/B/", i));
-        }
-        const QByteArray bookmark = marked(folder.at(test.item));
-        move(folder, test.from, test.to);
-        BookmarkResolver resolver;
-        resolver.setLocations({folder.path("L")});
-        EXPECT_TRUE(resolved(resolver, bookmark)) << test.to;
-        // The folders inside are reached before it.
-        const int64_t most = QByteArray(test.listed) == "L" ? 51 : 22;
-        EXPECT_LE(resolver.statistics().entries, most) << test.to;
+struct NearTest : SearchTest, testing::WithParamInterface<NearCase> {};
+
+TEST_P(NearTest, EndsWhereAllIsFound) {
+    fill("L", 50, 5);
+    for (int i = 0; i < 20; ++i) {
+        folder.makeFile(numbered("L/A/B/", i));
     }
+    const QByteArray bookmark = marked("L/A/B/0");
+    move(GetParam().from, GetParam().to);
+    setLocations({"L"});
+    EXPECT_NE(answer(bookmark), "lost");
+    EXPECT_LE(resolver->statistics().entries, GetParam().mostEntries);
 }
 
-TEST(SearchTest, SearchesALocationThatTurnsUpElsewhere) {
-    const TemporaryFolder folder;
-    fill(folder, "L", 5, 5);
-    fill(folder, "M", 5, 5);
-    const auto location = BookmarkRequest(marked(folder.at("L")), BookmarkScope::fileSystem);
-    const auto inside = BookmarkRequest(marked(folder.at("L/f1/1")), BookmarkScope::searchRoots);
-    const auto left = BookmarkRequest(marked(folder.at("L/f2/1")), BookmarkScope::searchRoots);
-    move(folder, "L/f1/1", "L/f3/moved");
-    move(folder, "L/f2/1", "M/f3/moved");
-    move(folder, "L", "M/f4/K");
-    BookmarkResolver resolver(shortWalks());
-    resolver.setLocations({folder.path("L")});
-    const auto resolutions = resolver.resolve({inside, left, location});
-    EXPECT_EQ(told(resolutions[0], folder), "M/f4/K/f3/moved (stale)");
-    EXPECT_EQ(told(resolutions[1], folder), "lost") << "it has left all Locations";
-    EXPECT_EQ(told(resolutions[2], folder), "M/f4/K (stale)");
+INSTANTIATE_TEST_SUITE_P(Search, NearTest,
+                         testing::Values(NearCase{"L/A/B/0", "L/A/B/new", 22},
+                                         NearCase{"L/A/B/0", "L/A/new", 22},
+                                         NearCase{"L/A", "L/new", 51}));
+
+TEST_F(SearchTest, SearchesALocationThatTurnsUpElsewhere) {
+    fill("L", 5, 5);
+    fill("M", 5, 5);
+    auto items = requests({"L/f1/1", "L/f2/1"});
+    items.emplace_back(marked("L"), anywhere);
+    move("L/f1/1", "L/f3/moved");
+    move("L/f2/1", "M/f3/moved");
+    move("L", "M/f4/K");
+    setLocations({"L"});
+    // The second has left all Locations.
+    EXPECT_EQ(answers(items), Answers({"M/f4/K/f3/moved (stale)", "lost", "M/f4/K (stale)"}));
 }
 
-TEST(SearchTest, AnswersInTheOrderOfTheRequests) {
-    const TemporaryFolder folder;
+TEST_F(SearchTest, AnswersInTheOrderOfTheRequests) {
     for (const char* const name : {"L/a", "L/b", "L/c", "L/d"}) {
         folder.makeFile(name);
     }
-    auto requests = requestsFor({folder.at("L/a"), folder.at("L/b"), folder.at("L/c"),
-                                 folder.at("L/d"), folder.at("L/missing")});
-    requests.insert(requests.begin() + 2,
-                    BookmarkRequest("no bookmark", BookmarkScope::fileSystem));
-    move(folder, "L/a", "L/e");
-    remove(folder.at("L/c"));
-    BookmarkResolver resolver;
-    resolver.setLocations({folder.path("L")});
-    QList<QByteArray> answers;
-    for (const auto& resolution : resolver.resolve(requests)) {
-        answers.append(told(resolution, folder));
-    }
-    EXPECT_EQ(answers, QList<QByteArray>({"L/e (stale)", "L/b", "lost", "lost", "L/d", "lost"}));
-    EXPECT_TRUE(resolver.resolve({}).empty());
+    auto items = requests({"L/a", "L/b", "L/c", "L/d"});
+    items.insert(items.begin() + 2, BookmarkRequest("no bookmark", anywhere));
+    items.emplace_back(QByteArray(), roots);
+    move("L/a", "L/e");
+    remove("L/c");
+    setLocations({"L"});
+    EXPECT_EQ(answers(items), Answers({"L/e (stale)", "L/b", "lost", "lost", "L/d", "lost"}));
+    EXPECT_EQ(answers({}), Answers());
 }
 
-TEST(SearchTest, PassesOverWhatItMayNotRead) {
-    const TemporaryFolder folder;
+TEST_F(SearchTest, PassesOverWhatItMayNotRead) {
     const Unprivileged nobody(folder);
     folder.makeFile("L/a/x");
     folder.makeFile("L/closed/y");
     folder.makeFolder("L/z");
-    const QByteArray bookmark = marked(folder.at("L/a/x"));
-    move(folder, "L/a/x", "L/z/x");
-    std::filesystem::permissions(folder.path("L/closed").toStdString(),
-                                 std::filesystem::perms::none);
-    BookmarkResolver resolver;
-    resolver.setLocations({folder.path("L")});
-    EXPECT_EQ(told(resolved(resolver, bookmark), folder), "L/z/x (stale)");
-    std::filesystem::permissions(folder.path("L/closed").toStdString(),
-                                 std::filesystem::perms::owner_all);
+    const QByteArray bookmark = marked("L/a/x");
+    move("L/a/x", "L/z/x");
+    const std::string closed = folder.path("L/closed").toStdString();
+    std::filesystem::permissions(closed, std::filesystem::perms::none);
+    setLocations({"L"});
+    EXPECT_EQ(answer(bookmark), "L/z/x (stale)");
+    std::filesystem::permissions(closed, std::filesystem::perms::owner_all);
 }
 
-TEST(SearchTest, LeavesNoDescriptorOpen) {
-    const TemporaryFolder folder;
-    fill(folder, "L", 10, 3);
+TEST_F(SearchTest, LeavesNoDescriptorOpen) {
+    fill("L", 10, 3);
     const auto openNow = [] {
         const std::filesystem::directory_iterator all("/proc/self/fd");
         return std::distance(begin(all), end(all));
     };
     const auto before = openNow();
-    {
-        BookmarkResolver resolver(shortWalks());
-        resolver.setLocations({folder.path("L"), folder.path("L/f1"), folder.path("missing")});
-        EXPECT_EQ(openNow(), before + 2);
-        const QByteArray bookmark = marked(folder.at("L/f2/1"));
-        remove(folder.at("L/f2/1"));
-        EXPECT_FALSE(resolved(resolver, bookmark, BookmarkScope::fileSystem));
-        EXPECT_EQ(openNow(), before + 2);
-        resolver.setLocations({folder.path("L/f1")});
-        EXPECT_EQ(openNow(), before + 1);
-    }
+    setLocations({"L", "L/f1", "missing"});
+    EXPECT_EQ(openNow(), before + 2);
+    const QByteArray bookmark = marked("L/f2/1");
+    remove("L/f2/1");
+    EXPECT_EQ(answer(bookmark, anywhere), "lost");
+    EXPECT_EQ(openNow(), before + 2);
+    setLocations({"L/f1"});
+    EXPECT_EQ(openNow(), before + 1);
+    resolver.reset();
     EXPECT_EQ(openNow(), before);
 }
 
 // A resolver whose clock is moved by hand, and a Location of it with an item that is lost.
-class PauseTest : public testing::Test {
+class PauseTest : public SearchTest {
   protected:
     PauseTest() {
-        fill(folder_, "L", 20, 20);
-        fill(folder_, "M", 2, 2);
+        fill("L", 20, 20);
+        fill("M", 2, 2);
         options_.now = [this] { return now_; };
-        resolver_.emplace(options_);
-        resolver_->setLocations({folder_.path("L")});
-        first_ = marked(folder_.at("L/f0/0"));
-        move(folder_, "L/f0/0", "M/first");
+        begin();
+        first_ = marked("L/f0/0");
+        move("L/f0/0", "M/first");
     }
 
+    void begin() {
+        resolver.emplace(options_);
+        setLocations({"L"});
+    }
     // How many walks it takes to look for these.
     int walksFor(const QList<QByteArray>& bookmarks) {
-        const int before = resolver_->statistics().walks;
-        std::vector<BookmarkRequest> requests;
+        const int before = resolver->statistics().walks;
+        std::vector<BookmarkRequest> items;
         for (const QByteArray& bookmark : bookmarks) {
-            requests.emplace_back(bookmark, BookmarkScope::searchRoots);
+            items.emplace_back(bookmark, roots);
         }
-        for (const auto& resolution : resolver_->resolve(requests)) {
-            foundAll_ = foundAll_ && resolution;
-        }
-        return resolver_->statistics().walks - before;
+        foundAll_ = !answers(items).contains("lost");
+        return resolver->statistics().walks - before;
     }
 
-    TemporaryFolder folder_;
     std::chrono::steady_clock::time_point now_;
     BookmarkResolver::Options options_;
-    std::optional<BookmarkResolver> resolver_;
     QByteArray first_;
-    bool foundAll_ = true;
+    bool foundAll_ = false;  // at the latest look
 };
 
 TEST_F(PauseTest, DoublesFromAMinuteToAnHour) {
@@ -241,11 +202,11 @@ TEST_F(PauseTest, DoublesFromAMinuteToAnHour) {
 }
 
 TEST_F(PauseTest, EndsWhenAnotherItemIsLost) {
-    const QByteArray second = marked(folder_.at("L/f1/1"));
+    const QByteArray second = marked("L/f1/1");
     EXPECT_EQ(walksFor({first_, second}), 1);
     now_ += seconds(60);
     EXPECT_EQ(walksFor({first_, second}), 1);
-    move(folder_, "L/f1/1", "M/second");
+    move("L/f1/1", "M/second");
     EXPECT_EQ(walksFor({first_, second}), 1);
     EXPECT_EQ(walksFor({first_, second}), 0);
     now_ += seconds(60);
@@ -254,29 +215,25 @@ TEST_F(PauseTest, EndsWhenAnotherItemIsLost) {
 
 TEST_F(PauseTest, EndsForWhatWasThereInBetween) {
     EXPECT_EQ(walksFor({first_}), 1);
-    move(folder_, "M/first", "L/f0/0");
-    foundAll_ = true;
+    move("M/first", "L/f0/0");
     EXPECT_EQ(walksFor({first_}), 0);
     EXPECT_TRUE(foundAll_);
-    move(folder_, "L/f0/0", "M/first");
+    move("L/f0/0", "M/first");
     EXPECT_EQ(walksFor({first_}), 1);
 }
 
 TEST_F(PauseTest, EndsWithANewLocation) {
     EXPECT_EQ(walksFor({first_}), 1);
-    resolver_->setLocations({folder_.path("L"), folder_.path("M")});
-    foundAll_ = true;
+    setLocations({"L", "M"});
     EXPECT_EQ(walksFor({first_}), 1);
     EXPECT_TRUE(foundAll_);
 }
 
 TEST_F(PauseTest, FollowsAWalkThatWasCutOff) {
     options_.mostEntries = 100;
-    resolver_.emplace(options_);
-    resolver_->setLocations({folder_.path("L")});
+    begin();
     EXPECT_EQ(walksFor({first_}), 1);
-    EXPECT_LT(resolver_->statistics().entries, 100 + 20)
-        << "the folder that exceeds it is the last";
+    EXPECT_LT(resolver->statistics().entries, 100 + 20) << "the folder that exceeds it is the last";
     EXPECT_EQ(walksFor({first_}), 0);
 }
 
@@ -289,16 +246,13 @@ TEST_F(PauseTest, DoesNotFollowAWalkThatWasStopped) {
         }
         return now_;
     };
-    resolver_.emplace(options_);
-    resolver_->setLocations({folder_.path("L")});
-    const BookmarkRequest lost(first_, BookmarkScope::searchRoots);
-    const BookmarkRequest there(marked(folder_.at("L/f1/1")), BookmarkScope::searchRoots);
-    folder_.makeFile("L/f0/0");  // would do as stale
-    const auto resolutions = resolver_->resolve({there, lost}, stop.get_token());
-    EXPECT_EQ(told(resolutions[0], folder_), "L/f1/1");
-    EXPECT_EQ(told(resolutions[1], folder_), "lost");
-    EXPECT_LE(resolver_->statistics().entries, 20);
-    EXPECT_FALSE(resolver_->resolve({there}, stop.get_token())[0]) << "stopped before it began";
+    begin();
+    const BookmarkRequest lost(first_, roots);
+    const BookmarkRequest there(marked("L/f1/1"), roots);
+    folder.makeFile("L/f0/0");  // would do as stale
+    EXPECT_EQ(answers({there, lost}, stop.get_token()), Answers({"L/f1/1", "lost"}));
+    EXPECT_LE(resolver->statistics().entries, 20);
+    EXPECT_EQ(answers({there}, stop.get_token()), Answers({"lost"})) << "stopped before it began";
     stopsNow = false;
     EXPECT_EQ(walksFor({first_}), 1);
 }
