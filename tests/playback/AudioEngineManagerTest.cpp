@@ -30,34 +30,26 @@ std::vector<float> asCd(const EngineFixture& fixture, const Track& track) {
 
 }  // namespace
 
-TEST(AudioEngineManager, PlaysAListOfFormatsWithoutASeam) {
-    EngineFixture fixture;
-    const std::vector<Track> list = {fixture.add("a.flac", 30011),
-                                     fixture.add("b.mp3", 12345, {44100, 1}),
-                                     fixture.add("c.wav", 48000 / 4, {48000, 2}),
-                                     fixture.add("d.ogg", 1), fixture.add("e.flac", 70001)};
+TEST_F(EngineTest, PlaysAListOfFormatsWithoutASeam) {
+    const std::vector<Track> list = {add("a.flac", 30011), add("b.mp3", 12345, {44100, 1}),
+                                     add("c.wav", 48000 / 4, {48000, 2}), add("d.ogg", 1),
+                                     add("e.flac", 70001)};
     std::vector<float> expected;
     for (const Track& track : list) {
-        expected = std::move(expected) + asCd(fixture, track);
+        expected = std::move(expected) + asCd(*this, track);
     }
     size_t row = 0;
-    fixture.afterTransition = [&](const Track& track) {
-        EXPECT_EQ(track, *fixture.engine->currentTrack);
+    afterTransition = [&](const Track& track) {
+        EXPECT_EQ(track, *engine->currentTrack);
         ++row;
-        fixture.engine->setNextTrack(row + 1 < list.size() ? std::optional(list[row + 1])
-                                                           : std::nullopt);
+        engine->setNextTrack(row + 1 < list.size() ? std::optional(list[row + 1]) : std::nullopt);
     };
-    fixture.engine->loadAndPlay(list[0]);
-    fixture.engine->setNextTrack(list[1]);
-    fixture.playToEnd();
-
-    EXPECT_THAT(fixture.log,
-                ElementsAre("now b.mp3", "now c.wav", "now d.ogg", "now e.flac", "ended"));
-    EXPECT_EQ(fixture.output->heard().size(), expected.size());
-    EXPECT_EQ(firstDifference(fixture.output->heard(), expected), -1);
-    EXPECT_FALSE(*fixture.engine->isPlaying);
-    EXPECT_EQ(*fixture.engine->currentTime, *fixture.engine->duration);
-    EXPECT_EQ(*fixture.engine->currentTrack, list[4]) << "it stays set";
+    playBoth(list[0], list[1]);
+    expectHeard(expected);
+    EXPECT_THAT(log, ElementsAre("now b.mp3", "now c.wav", "now d.ogg", "now e.flac", "ended"));
+    EXPECT_FALSE(*engine->isPlaying);
+    EXPECT_EQ(*engine->currentTime, *engine->duration);
+    EXPECT_EQ(*engine->currentTrack, list[4]) << "it stays set";
 }
 
 // A completion that was posted before the main thread did something else must find itself stale.
@@ -82,8 +74,7 @@ TEST(AudioEngineManager, IgnoresCompletionsOfAScheduleThatWasThrownAway) {
         const Track a = fixture.add("a", 44100);
         const Track b = fixture.add("b", 44100);
         const Track third = fixture.add("c", 44100);
-        fixture.engine->loadAndPlay(a);
-        fixture.engine->setNextTrack(b);
+        fixture.playBoth(a, b);
         fixture.hearOnly(50000);  // well into b, but nobody has heard of it yet
         c.act(fixture, third);
         fixture.settle();
@@ -108,61 +99,48 @@ TEST(AudioEngineManager, SeekKeepsWhatIsQueuedAndTheJoin) {
         EXPECT_EQ(fixture.output->isRunning, isPlaying);
         EXPECT_EQ(fixture.queued(), "b");
         fixture.engine->resume();
-        fixture.playToEnd();
         const auto before = isPlaying ? fixture.samplesOf(a, 0, 5000) : std::vector<float>();
         const auto expected = before + fixture.samplesOf(a, 66150) + fixture.samplesOf(b);
-        EXPECT_EQ(fixture.output->heard().size(), expected.size());
-        EXPECT_EQ(firstDifference(fixture.output->heard(), expected), -1);
+        fixture.expectHeard(expected);
         EXPECT_THAT(fixture.log, ElementsAre("now b", "ended"));
     }
 }
 
-TEST(AudioEngineManager, SeekToTheEndPlaysTheLastFrameAndGoesOn) {
-    EngineFixture fixture;
-    const Track a = fixture.add("a", 44100);
-    const Track b = fixture.add("b", 100);
-    fixture.engine->loadAndPlay(a);
-    fixture.engine->setNextTrack(b);
-    fixture.engine->seek(99);
-    EXPECT_EQ(*fixture.engine->currentTime, 1);
-    fixture.playToEnd();
-    const auto expected = fixture.samplesOf(a, 44099) + fixture.samplesOf(b);
-    EXPECT_EQ(fixture.output->heard().size(), expected.size());
-    EXPECT_EQ(firstDifference(fixture.output->heard(), expected), -1);
-    EXPECT_THAT(fixture.log, ElementsAre("now b", "ended"));
+TEST_F(EngineTest, SeekToTheEndPlaysTheLastFrameAndGoesOn) {
+    const auto [a, b] = playTwo(44100, 100);
+    engine->seek(99);
+    EXPECT_EQ(*engine->currentTime, 1);
+    expectHeard(samplesOf(a, 44099) + samplesOf(b));
+    EXPECT_THAT(log, ElementsAre("now b", "ended"));
 }
 
 // The length of such a file is a guess; a seek must not cut the music at it.
-TEST(AudioEngineManager, SeekPlaysToTheTrueEndOfAFileThatClaimsTooLittle) {
-    EngineFixture fixture;
-    const Track a = fixture.add("a", 44100);
-    fixture.claimLength(a, 30000);
-    fixture.engine->loadAndPlay(a);
-    fixture.engine->seek(0.5);
-    fixture.playToEnd();
-    EXPECT_EQ(firstDifference(fixture.output->heard(), fixture.samplesOf(a, 22050)), -1);
-    EXPECT_THAT(fixture.log, ElementsAre("ended"));
+TEST_F(EngineTest, SeekPlaysToTheTrueEndOfAFileThatClaimsTooLittle) {
+    const Track a = add("a", 44100);
+    claimLength(a, 30000);
+    engine->loadAndPlay(a);
+    engine->seek(0.5);
+    expectHeard(samplesOf(a, 22050));
+    EXPECT_THAT(log, ElementsAre("ended"));
 }
 
-TEST(AudioEngineManager, TakesFresherTagsOfTheQueuedTrackWithoutTouchingTheSound) {
-    EngineFixture fixture;
-    const Track a = fixture.add("a", 20000);
-    Track b = fixture.add("b", 20000);
-    fixture.engine->loadAndPlay(a);
-    fixture.engine->setNextTrack(b);
-    fixture.play(1000);
-    const int sources = fixture.output->setSourceCount;
+TEST_F(EngineTest, TakesFresherTagsOfTheQueuedTrackWithoutTouchingTheSound) {
+    const Track a = add("a", 20000);
+    Track b = add("b", 20000);
+    playBoth(a, b);
+    play(1000);
+    const int sources = output->setSourceCount;
     b.setTitle(QStringLiteral("Renamed"));
-    fixture.engine->setNextTrack(b);
-    EXPECT_EQ(fixture.output->setSourceCount, sources);
-    EXPECT_EQ(fixture.engine->queuedTrack()->title(), QStringLiteral("Renamed"));
-    fixture.engine->preloadNextTrackIfNeeded(fixture.add("c", 100));
-    EXPECT_EQ(fixture.queued(), "b") << "preloading never replaces";
-    fixture.playToEnd();
-    EXPECT_EQ((*fixture.engine->currentTrack)->title(), QStringLiteral("Renamed"));
-    EXPECT_THAT(fixture.log, ElementsAre("now b", "ended"));
-    EXPECT_EQ(firstDifference(fixture.output->heard(), fixture.samplesOf(a) + fixture.samplesOf(b)),
-              -1);
+    engine->setNextTrack(b);
+    EXPECT_EQ(output->setSourceCount, sources);
+    EXPECT_EQ(engine->queuedTrack()->title(), QStringLiteral("Renamed"));
+    engine->setNextTrack(b.relocated(place("").path() + "/./b"));
+    EXPECT_EQ(output->setSourceCount, sources) << "the same file by another path";
+    engine->preloadNextTrackIfNeeded(add("c", 100));
+    EXPECT_EQ(queued(), "b") << "preloading never replaces";
+    expectHeard(samplesOf(a) + samplesOf(b));
+    EXPECT_EQ((*engine->currentTrack)->title(), QStringLiteral("Renamed"));
+    EXPECT_THAT(log, ElementsAre("now b", "ended"));
 }
 
 TEST(AudioEngineManager, WithdrawsAndReplacesWhatIsQueuedInPlace) {
@@ -190,38 +168,30 @@ TEST(AudioEngineManager, WithdrawsAndReplacesWhatIsQueuedInPlace) {
             EXPECT_EQ(fixture.queued(), isReplaced ? "c" : "");
             EXPECT_EQ(fixture.output->isRunning, isPlaying);
             fixture.engine->resume();
-            fixture.playToEnd();
             const auto expected =
                 fixture.samplesOf(a) + (isReplaced ? fixture.samplesOf(c) : std::vector<float>());
-            EXPECT_EQ(fixture.output->heard().size(), expected.size());
-            EXPECT_EQ(firstDifference(fixture.output->heard(), expected), -1);
+            fixture.expectHeard(expected);
         }
     }
 }
 
-TEST(AudioEngineManager, FollowsATrackWithItself) {
-    EngineFixture fixture;
-    const Track a = fixture.add("a", 10000);
-    fixture.engine->loadAndPlay(a);
-    fixture.engine->setNextTrack(a);
+TEST_F(EngineTest, FollowsATrackWithItself) {
+    const Track a = add("a", 10000);
+    playBoth(a, a);
     int rounds = 0;
-    fixture.afterTransition = [&](const Track& track) {
+    afterTransition = [&](const Track& track) {
         if (++rounds < 3) {
-            fixture.engine->setNextTrack(track);
+            engine->setNextTrack(track);
         }
     };
-    fixture.playToEnd();
-    EXPECT_THAT(fixture.log, ElementsAre("now a", "now a", "now a", "ended"));
-    const auto once = fixture.samplesOf(a);
-    EXPECT_EQ(firstDifference(fixture.output->heard(), once + once + once + once), -1);
+    const auto once = samplesOf(a);
+    expectHeard(once + once + once + once);
+    EXPECT_THAT(log, ElementsAre("now a", "now a", "now a", "ended"));
 }
 
 TEST(AudioEngineManager, TellsThePositionByWhatIsHeard) {
     EngineFixture fixture({48000, 2});
-    const Track a = fixture.add("a", 44100 * 2);
-    const Track b = fixture.add("b", 44100);
-    fixture.engine->loadAndPlay(a);
-    fixture.engine->setNextTrack(b);
+    const auto [a, b] = fixture.playTwo(44100 * 2, 44100);
     fixture.settle();
     fixture.output->pull(48000);
     EXPECT_EQ(fixture.position(), 0) << "handed over is not heard";
@@ -264,51 +234,50 @@ TEST(AudioEngineManager, TellsThePositionByWhatIsHeard) {
     EXPECT_EQ(**fixture.engine->currentTrack, a);
 }
 
-TEST(AudioEngineManager, ReadsTheProgressByItselfWhilePlaying) {
-    EngineFixture fixture;
-    fixture.engine->loadAndPlay(fixture.add("a", 88200));
-    fixture.hearOnly(44100);
-    EXPECT_TRUE(spinUntil([&] { return *fixture.engine->currentTime == 1; }));
+TEST_F(EngineTest, ReadsTheProgressByItselfWhilePlaying) {
+    engine->loadAndPlay(add("a", 88200));
+    hearOnly(44100);
+    EXPECT_TRUE(spinUntil([&] { return *engine->currentTime == 1; }));
 }
 
-TEST(AudioEngineManager, TakesTheTagsLengthOfAFileThatMeasuresNothing) {
-    EngineFixture fixture;
-    const Track a = fixture.add("a", 0, cd, 3);
-    fixture.engine->load(a, 1, false);
-    EXPECT_EQ(*fixture.engine->duration, 3);
-    EXPECT_EQ(*fixture.engine->currentTime, 1);
-    fixture.engine->resume();
-    fixture.playToEnd();
-    EXPECT_THAT(fixture.log, ElementsAre("ended"));
-    EXPECT_EQ(*fixture.engine->currentTime, 3);
+TEST_F(EngineTest, TakesTheTagsLengthOfAFileThatMeasuresNothing) {
+    const Track a = add("a", 0, cd, 3);
+    engine->load(a, 1, false);
+    EXPECT_EQ(*engine->duration, 3);
+    EXPECT_EQ(*engine->currentTime, 1);
+    engine->resume();
+    playToEnd();
+    EXPECT_THAT(log, ElementsAre("ended"));
+    EXPECT_EQ(*engine->currentTime, 3);
 
-    const Track b = fixture.add("b", 44100);
-    fixture.claimLength(b, 0);
-    fixture.engine->loadAndPlay(b);
-    EXPECT_EQ(*fixture.engine->duration, 0);
-    fixture.play(20000);
-    EXPECT_EQ(fixture.position(), 0) << "without a length there is no progress";
+    const Track b = add("b", 44100);
+    claimLength(b, 0);
+    engine->loadAndPlay(b);
+    EXPECT_EQ(*engine->duration, 0);
+    play(20000);
+    EXPECT_EQ(position(), 0) << "without a length there is no progress";
 }
 
-TEST(AudioEngineManager, ResumesAnEmptyScheduleInSilence) {
-    EngineFixture fixture;
-    fixture.engine->resume();
-    fixture.engine->togglePlayPause();
-    fixture.engine->seek(3);
-    fixture.engine->setNextTrack(fixture.add("b", 100));
-    EXPECT_FALSE(*fixture.engine->isPlaying) << "nothing is loaded";
-    EXPECT_EQ(fixture.output->openCount, 0);
+TEST_F(EngineTest, ResumesAnEmptyScheduleInSilence) {
+    engine->resume();
+    engine->togglePlayPause();
+    engine->seek(3);
+    engine->setNextTrack(add("b", 100));
+    EXPECT_FALSE(*engine->isPlaying) << "nothing is loaded";
+    EXPECT_EQ(queued(), "");
+    EXPECT_EQ(output->openCount, 0);
 
-    fixture.engine->load(fixture.add("a", 44100), 0.5, true);
-    fixture.play(4410);
-    fixture.engine->stop();
-    fixture.engine->resume();
-    EXPECT_EQ(*fixture.engine->currentTime, 0);
-    EXPECT_TRUE(*fixture.engine->isPlaying);
-    fixture.settle();
-    EXPECT_EQ(fixture.output->play(1000), 0);
-    EXPECT_TRUE(*fixture.engine->isPlaying);
-    EXPECT_THAT(fixture.log, IsEmpty());
+    engine->load(add("a", 44100), 0.5, true);
+    play(4410);
+    engine->stop();
+    engine->setNextTrack(add("b", 100));
+    engine->resume();
+    EXPECT_EQ(*engine->currentTime, 0);
+    EXPECT_TRUE(*engine->isPlaying);
+    settle();
+    EXPECT_EQ(output->play(1000), 0);
+    EXPECT_TRUE(*engine->isPlaying);
+    EXPECT_THAT(log, IsEmpty());
 }
 
 TEST(AudioEngineManager, KeepsVolumeAndMutingApart) {
@@ -339,27 +308,23 @@ TEST(AudioEngineManager, KeepsVolumeAndMutingApart) {
     }
 }
 
-TEST(AudioEngineManager, FollowsMovedFilesWithoutARebuild) {
-    EngineFixture fixture;
-    const Track a = fixture.add("a", 20000);
-    const Track b = fixture.add("b", 20000);
-    fixture.engine->loadAndPlay(a);
-    fixture.engine->setNextTrack(b);
+TEST_F(EngineTest, FollowsMovedFilesWithoutARebuild) {
+    const auto [a, b] = playTwo(20000, 20000);
     int changes = 0;
     const Subscription subscription =
-        fixture.engine->currentTrack.subscribe([&](const auto&) { ++changes; });
-    const int sources = fixture.output->setSourceCount;
+        engine->currentTrack.subscribe([&](const auto&) { ++changes; });
+    const int sources = output->setSourceCount;
 
-    fixture.engine->relocatePaths({{"/elsewhere", "/nowhere"}});
+    engine->relocatePaths({{"/elsewhere", "/nowhere"}});
     EXPECT_EQ(changes, 0);
-    const QByteArray root = fixture.place("").path();
-    fixture.engine->relocatePaths({{root, "/Music"}, {b.url().path(), "/Other/b2"}});
+    const QByteArray root = place("").path();
+    engine->relocatePaths({{root, "/Music"}, {b.url().path(), "/Other/b2"}});
     EXPECT_EQ(changes, 1);
-    EXPECT_EQ((*fixture.engine->currentTrack)->id(), "/Music/a");
-    EXPECT_EQ(fixture.engine->queuedTrack()->id(), "/Other/b2");
-    EXPECT_EQ((*fixture.engine->currentTrack)->title(), a.title());
-    fixture.engine->setNextTrack(b.relocated("/Other/b2"));
-    EXPECT_EQ(fixture.output->setSourceCount, sources);
-    fixture.playToEnd();
-    EXPECT_THAT(fixture.log, ElementsAre("now b2", "ended"));
+    EXPECT_EQ((*engine->currentTrack)->id(), "/Music/a");
+    EXPECT_EQ(engine->queuedTrack()->id(), "/Other/b2");
+    EXPECT_EQ((*engine->currentTrack)->title(), a.title());
+    engine->setNextTrack(b.relocated("/Other/b2"));
+    EXPECT_EQ(output->setSourceCount, sources);
+    playToEnd();
+    EXPECT_THAT(log, ElementsAre("now b2", "ended"));
 }

@@ -19,27 +19,16 @@ const QStringList both{QStringLiteral("Speakers"), QStringLiteral("Headphones")}
 const QStringList speakersOnly{QStringLiteral("Speakers")};
 const QStringList headphonesFirst{QStringLiteral("Headphones"), QStringLiteral("Speakers")};
 
-QString errorOf(const EngineFixture& fixture) {
-    return fixture.engine->outputDeviceError->value_or(QString());
-}
-
-/// What the next run would take up; null where nothing is kept.
-QString savedIn(const EngineFixture& fixture) {
-    return fixture.settings->string(EngineFixture::deviceKey).value_or(QString());
-}
-
 /// Two tracks, the first of which plays, through an output on the default device.
 struct Playing : EngineFixture {
     Playing() {
         output->defaultDevice = speakers;
-        engine->loadAndPlay(a);
-        engine->setNextTrack(b);
+        playBoth(a, b);
         play(10001);
     }
     /// Plays to the end. Every frame must have been heard once, over all that has happened.
     void expectWholeMusic() {
-        playToEnd();
-        EXPECT_EQ(firstDifference(output->heard(), samplesOf(a) + samplesOf(b)), -1);
+        expectHeard(samplesOf(a) + samplesOf(b));
         EXPECT_THAT(log, ElementsAre("now b", "ended"));
     }
 
@@ -47,68 +36,67 @@ struct Playing : EngineFixture {
     const Track b = add("b", 20000);
 };
 
+struct OutputDevices : testing::Test, Playing {};
+using UnusedOutputDevices = EngineTest;
+
 }  // namespace
 
-TEST(OutputDevices, ArePublishedByTheirNames) {
-    EngineFixture fixture;
-    EXPECT_EQ(*fixture.engine->defaultOutputDeviceName, QStringLiteral("System Default"));
-    fixture.engine->refreshOutputDevices();
-    EXPECT_EQ(fixture.devices->startCount, 1);
-    fixture.devices->tell(both);
-    ASSERT_EQ(fixture.engine->outputDevices->size(), 2);
-    EXPECT_EQ(fixture.engine->outputDevices->at(1).id, headphones);
-    EXPECT_EQ(*fixture.engine->defaultOutputDeviceName, QStringLiteral("Speakers"));
+TEST_F(UnusedOutputDevices, ArePublishedByTheirNames) {
+    EXPECT_EQ(*engine->defaultOutputDeviceName, QStringLiteral("System Default"));
+    engine->refreshOutputDevices();
+    EXPECT_EQ(devices->startCount, 1);
+    devices->tell(both);
+    ASSERT_EQ(engine->outputDevices->size(), 2);
+    EXPECT_EQ(engine->outputDevices->at(1).id, headphones);
+    EXPECT_EQ(*engine->defaultOutputDeviceName, QStringLiteral("Speakers"));
 
     int changes = 0;
     const Subscription subscription =
-        fixture.engine->outputDevices.subscribe([&](const auto&) { ++changes; });
-    fixture.devices->tell(both, true, false);
+        engine->outputDevices.subscribe([&](const auto&) { ++changes; });
+    devices->tell(both, true, false);
     EXPECT_EQ(changes, 0) << "a server that is away keeps its devices";
-    fixture.devices->tell({});
+    devices->tell({});
     EXPECT_EQ(changes, 1);
-    EXPECT_EQ(*fixture.engine->defaultOutputDeviceName, QStringLiteral("System Default"));
+    EXPECT_EQ(*engine->defaultOutputDeviceName, QStringLiteral("System Default"));
 }
 
-TEST(OutputDevices, AreAskedForWithTheFirstSound) {
-    EngineFixture fixture;
-    EXPECT_EQ(fixture.devices->startCount, 0);
-    fixture.engine->load(fixture.add("a", 100), 0, false);
-    EXPECT_EQ(fixture.devices->startCount, 1);
+TEST_F(UnusedOutputDevices, AreAskedForWithTheFirstSound) {
+    EXPECT_EQ(devices->startCount, 0);
+    engine->load(add("a", 100), 0, false);
+    EXPECT_EQ(devices->startCount, 1);
 }
 
-TEST(OutputDevices, AreSwitchedWithoutLosingAFrame) {
-    Playing fixture;
-    fixture.devices->tell(both);
+TEST_F(OutputDevices, AreSwitchedWithoutLosingAFrame) {
+    devices->tell(both);
     int published = 0;
-    const Subscription subscription =
-        fixture.engine->isPlaying.subscribe([&](bool) { ++published; });
-    fixture.engine->selectOutputDevice(headphones);
-    EXPECT_EQ(*fixture.engine->selectedOutputDeviceUID, headphones);
-    EXPECT_EQ(fixture.output->device(), headphones);
-    EXPECT_EQ(fixture.position(), 10001.0 / 44100);
+    const Subscription subscription = engine->isPlaying.subscribe([&](bool) { ++published; });
+    engine->selectOutputDevice(headphones);
+    EXPECT_EQ(selected(), headphones);
+    EXPECT_EQ(output->device(), headphones);
+    EXPECT_EQ(position(), 10001.0 / 44100);
     EXPECT_EQ(published, 0) << "it plays all the while";
-    EXPECT_EQ(fixture.queued(), "b");
-    fixture.play(5000);
+    EXPECT_EQ(queued(), "b");
+    play(5000);
 
-    const int opened = fixture.output->openCount;
-    fixture.engine->selectOutputDevice(headphones);
-    fixture.devices->tell(headphonesFirst);
-    fixture.devices->tell(both);
-    EXPECT_EQ(fixture.output->openCount, opened) << "nothing has changed for the music";
+    const int opened = output->openCount;
+    engine->selectOutputDevice(headphones);
+    devices->tell(headphonesFirst);
+    devices->tell(both);
+    EXPECT_EQ(output->openCount, opened) << "nothing has changed for the music";
 
-    fixture.engine->pause();
-    fixture.output->setFormat({48000, 2});
-    fixture.engine->selectOutputDevice(none);
-    EXPECT_EQ(*fixture.engine->currentTime, 15001.0 / 44100);
-    EXPECT_FALSE(fixture.output->isRunning);
-    fixture.output->setFormat(cd);
-    fixture.engine->selectOutputDevice(headphones);
-    fixture.engine->resume();
-    EXPECT_EQ(fixture.position(), 15001.0 / 44100);
-    fixture.expectWholeMusic();
+    engine->pause();
+    output->setFormat({48000, 2});
+    engine->selectOutputDevice(none);
+    EXPECT_EQ(*engine->currentTime, 15001.0 / 44100);
+    EXPECT_FALSE(output->isRunning);
+    output->setFormat(cd);
+    engine->selectOutputDevice(headphones);
+    engine->resume();
+    EXPECT_EQ(position(), 15001.0 / 44100);
+    expectWholeMusic();
 }
 
-TEST(OutputDevices, GoBackToTheOldOneWhenTheNewOneFails) {
+TEST(OutputDevice, GoBackToTheOldOneWhenTheNewOneFails) {
     struct Case {
         const char* name;
         QString uid;
@@ -128,34 +116,33 @@ TEST(OutputDevices, GoBackToTheOldOneWhenTheNewOneFails) {
         fixture.devices->tell(both + QStringList{QStringLiteral("Gone"), QStringLiteral("Taken")});
         fixture.engine->selectOutputDevice(headphones);
         fixture.engine->selectOutputDevice(c.uid);
-        EXPECT_EQ(errorOf(fixture), c.error);
-        EXPECT_EQ(*fixture.engine->selectedOutputDeviceUID, headphones);
-        EXPECT_EQ(savedIn(fixture), headphones);
+        EXPECT_EQ(fixture.deviceError(), c.error);
+        EXPECT_EQ(fixture.selected(), headphones);
+        EXPECT_EQ(fixture.savedDevice(), headphones);
         EXPECT_EQ(fixture.output->device(), headphones);
         fixture.play(1000);
         fixture.engine->selectOutputDevice(none);
-        EXPECT_EQ(errorOf(fixture), none) << "a switch that works takes it away";
+        EXPECT_EQ(fixture.deviceError(), none) << "a switch that works takes it away";
         fixture.expectWholeMusic();
     }
 }
 
-TEST(OutputDevices, FailForGoodOnlyWhenTheOldOneFailsToo) {
-    Playing fixture;
-    fixture.devices->tell(both);
-    fixture.output->openFailure = "no server";
-    fixture.engine->selectOutputDevice(headphones);
-    EXPECT_EQ(errorOf(fixture), QStringLiteral("The audio output unit is unavailable."));
-    EXPECT_EQ(*fixture.engine->selectedOutputDeviceUID, none);
-    EXPECT_FALSE(*fixture.engine->isPlaying);
-    EXPECT_THAT(fixture.log, ElementsAre("failed a: no server"));
-    fixture.log.clear();
-    fixture.output->openFailure.clear();
-    fixture.engine->resume();
-    EXPECT_EQ(fixture.position(), 10001.0 / 44100);
-    fixture.expectWholeMusic();
+TEST_F(OutputDevices, FailForGoodOnlyWhenTheOldOneFailsToo) {
+    devices->tell(both);
+    output->openFailure = "no server";
+    engine->selectOutputDevice(headphones);
+    EXPECT_EQ(deviceError(), QStringLiteral("The audio output unit is unavailable."));
+    EXPECT_EQ(selected(), none);
+    EXPECT_FALSE(*engine->isPlaying);
+    EXPECT_THAT(log, ElementsAre("failed a: no server"));
+    log.clear();
+    output->openFailure.clear();
+    engine->resume();
+    EXPECT_EQ(position(), 10001.0 / 44100);
+    expectWholeMusic();
 }
 
-TEST(OutputDevices, FallBackOnlyWhenTheChosenOneIsCertainlyGone) {
+TEST(OutputDevice, FallBackOnlyWhenTheChosenOneIsCertainlyGone) {
     struct Case {
         const char* name;
         std::function<void(ManualDevices&)> act;
@@ -196,34 +183,33 @@ TEST(OutputDevices, FallBackOnlyWhenTheChosenOneIsCertainlyGone) {
         fixture.play(3000);
         const int opened = fixture.output->openCount;
         c.act(*fixture.devices);
-        EXPECT_EQ(*fixture.engine->selectedOutputDeviceUID, c.isKept ? headphones : none);
+        EXPECT_EQ(fixture.selected(), c.isKept ? headphones : none);
         EXPECT_EQ(fixture.settings->contains(EngineFixture::deviceKey), c.isKept);
         EXPECT_EQ(fixture.output->device(), c.isKept ? headphones : speakers);
         EXPECT_EQ(fixture.output->openCount, c.isKept ? opened : opened + 1);
-        EXPECT_EQ(errorOf(fixture), none);
+        EXPECT_EQ(fixture.deviceError(), none);
         fixture.devices->tell(both);
-        EXPECT_EQ(*fixture.engine->selectedOutputDeviceUID, c.isKept ? headphones : none)
+        EXPECT_EQ(fixture.selected(), c.isKept ? headphones : none)
             << "one that returns is not taken back";
         fixture.expectWholeMusic();
     }
 }
 
-TEST(OutputDevices, FallBackWhenTheOutputFindsItsDeviceNoMore) {
-    Playing fixture;
-    fixture.devices->tell(both);
-    fixture.engine->selectOutputDevice(headphones);
-    fixture.output->onDeviceLost();
-    fixture.settle();
-    EXPECT_EQ(*fixture.engine->selectedOutputDeviceUID, headphones) << "the list says otherwise";
-    fixture.devices->tell(speakersOnly, true, false);
-    fixture.output->onDeviceLost();
-    fixture.settle();
-    EXPECT_EQ(*fixture.engine->selectedOutputDeviceUID, none);
-    EXPECT_EQ(fixture.output->device(), speakers);
-    fixture.expectWholeMusic();
+TEST_F(OutputDevices, FallBackWhenTheOutputFindsItsDeviceNoMore) {
+    devices->tell(both);
+    engine->selectOutputDevice(headphones);
+    output->onDeviceLost();
+    settle();
+    EXPECT_EQ(selected(), headphones) << "the list says otherwise";
+    devices->tell(speakersOnly, true, false);
+    output->onDeviceLost();
+    settle();
+    EXPECT_EQ(selected(), none);
+    EXPECT_EQ(output->device(), speakers);
+    expectWholeMusic();
 }
 
-TEST(OutputDevices, FollowADefaultThatTheServerDoesNotFollow) {
+TEST(OutputDevice, FollowADefaultThatTheServerDoesNotFollow) {
     for (const bool serverMoves : {true, false}) {
         SCOPED_TRACE(serverMoves);
         Playing fixture;
@@ -239,36 +225,33 @@ TEST(OutputDevices, FollowADefaultThatTheServerDoesNotFollow) {
         EXPECT_EQ(fixture.output->device(), headphones);
         EXPECT_EQ(fixture.output->openCount, serverMoves ? opened : opened + 1);
         EXPECT_EQ(*fixture.engine->defaultOutputDeviceName, QStringLiteral("Headphones"));
-        EXPECT_EQ(*fixture.engine->selectedOutputDeviceUID, none);
+        EXPECT_EQ(fixture.selected(), none);
         fixture.expectWholeMusic();
     }
 }
 
-TEST(OutputDevices, WaitForAnyDeviceWhenTheLastOneIsGone) {
-    Playing fixture;
-    fixture.devices->tell(both);
-    fixture.engine->selectOutputDevice(headphones);
-    fixture.devices->tell({});
-    EXPECT_EQ(errorOf(fixture),
-              QStringLiteral("Audio output device is unavailable: System Default"));
-    EXPECT_TRUE(*fixture.engine->isPlaying);
-    EXPECT_THAT(fixture.log, IsEmpty());
-    fixture.devices->tell(speakersOnly);
-    EXPECT_EQ(*fixture.engine->selectedOutputDeviceUID, none);
-    EXPECT_EQ(fixture.output->device(), speakers);
-    EXPECT_EQ(errorOf(fixture), none);
+TEST_F(OutputDevices, WaitForAnyDeviceWhenTheLastOneIsGone) {
+    devices->tell(both);
+    engine->selectOutputDevice(headphones);
+    devices->tell({});
+    EXPECT_EQ(deviceError(), QStringLiteral("Audio output device is unavailable: System Default"));
+    EXPECT_TRUE(*engine->isPlaying);
+    EXPECT_THAT(log, IsEmpty());
+    devices->tell(speakersOnly);
+    EXPECT_EQ(selected(), none);
+    EXPECT_EQ(output->device(), speakers);
+    EXPECT_EQ(deviceError(), none);
 
-    fixture.output->soundingDevice.clear();
-    fixture.devices->tell({});
-    EXPECT_EQ(errorOf(fixture),
-              QStringLiteral("Audio output device is unavailable: System Default"));
-    fixture.devices->tell(speakersOnly);
-    EXPECT_TRUE(spinUntil([&] { return errorOf(fixture).isEmpty(); }));
-    EXPECT_EQ(fixture.output->device(), speakers);
-    fixture.expectWholeMusic();
+    output->soundingDevice.clear();
+    devices->tell({});
+    EXPECT_EQ(deviceError(), QStringLiteral("Audio output device is unavailable: System Default"));
+    devices->tell(speakersOnly);
+    EXPECT_TRUE(spinUntil([&] { return deviceError().isEmpty(); }));
+    EXPECT_EQ(output->device(), speakers);
+    expectWholeMusic();
 }
 
-TEST(OutputDevices, OfAnEarlierRunAreTakenUpOrDroppedInSilence) {
+TEST(OutputDevice, OfAnEarlierRunAreTakenUpOrDroppedInSilence) {
     struct Case {
         const char* name;
         bool isThere;       ///< when the first track is loaded
@@ -288,7 +271,7 @@ TEST(OutputDevices, OfAnEarlierRunAreTakenUpOrDroppedInSilence) {
         SCOPED_TRACE(c.name);
         EngineFixture fixture(cd, headphones);
         fixture.output->defaultDevice = speakers;
-        EXPECT_EQ(*fixture.engine->selectedOutputDeviceUID, headphones);
+        EXPECT_EQ(fixture.selected(), headphones);
         if (!c.isThere) {
             fixture.output->missingDevices.append(headphones);
         }
@@ -297,11 +280,11 @@ TEST(OutputDevices, OfAnEarlierRunAreTakenUpOrDroppedInSilence) {
         fixture.play(1000);
         fixture.output->missingDevices.clear();
         fixture.devices->tell(c.names, c.isSettled);
-        EXPECT_EQ(*fixture.engine->selectedOutputDeviceUID, c.selected);
-        EXPECT_EQ(savedIn(fixture), c.selected);
+        EXPECT_EQ(fixture.selected(), c.selected);
+        EXPECT_EQ(fixture.savedDevice(), c.selected);
         EXPECT_EQ(fixture.output->device(), c.device);
         EXPECT_EQ(fixture.output->openCount, c.opened);
-        EXPECT_EQ(errorOf(fixture), none);
+        EXPECT_EQ(fixture.deviceError(), none);
         fixture.playToEnd();
         EXPECT_EQ(firstDifference(fixture.output->heard(), fixture.samplesOf(a)), -1);
         EXPECT_THAT(fixture.log, ElementsAre("ended"));
@@ -312,78 +295,73 @@ TEST(OutputDevices, OfAnEarlierRunAreTakenUpOrDroppedInSilence) {
     fixture.output->refusedDevices.append(headphones);
     fixture.engine->loadAndPlay(fixture.add("a", 44100));
     fixture.devices->tell(both);
-    EXPECT_EQ(errorOf(fixture),
+    EXPECT_EQ(fixture.deviceError(),
               QStringLiteral("Could not switch the audio output device (Core Audio error 7)."));
-    EXPECT_EQ(*fixture.engine->selectedOutputDeviceUID, none);
+    EXPECT_EQ(fixture.selected(), none);
     EXPECT_FALSE(fixture.settings->contains(EngineFixture::deviceKey));
     EXPECT_TRUE(*fixture.engine->isPlaying);
     EXPECT_THAT(fixture.log, IsEmpty());
 }
 
-TEST(OutputDevices, AreOnlyNotedWhileNothingIsLoaded) {
-    EngineFixture fixture;
-    fixture.devices->tell(both);
-    fixture.engine->selectOutputDevice(headphones);
-    EXPECT_EQ(fixture.output->openCount, 0);
-    EXPECT_EQ(savedIn(fixture), headphones);
-    const Track a = fixture.add("a", 4410);
-    fixture.engine->loadAndPlay(a);
-    EXPECT_EQ(fixture.output->device(), headphones);
+TEST_F(UnusedOutputDevices, AreOnlyNotedWhileNothingIsLoaded) {
+    devices->tell(both);
+    engine->selectOutputDevice(headphones);
+    EXPECT_EQ(output->openCount, 0);
+    EXPECT_EQ(savedDevice(), headphones);
+    const Track a = add("a", 4410);
+    engine->loadAndPlay(a);
+    EXPECT_EQ(output->device(), headphones);
 
     // A track that was stopped or has ended is loaded anew, ready to be played.
-    fixture.engine->stop();
-    fixture.engine->selectOutputDevice(none);
-    EXPECT_EQ(savedIn(fixture), none);
-    EXPECT_FALSE(*fixture.engine->isPlaying);
-    fixture.engine->resume();
-    fixture.playToEnd();
-    EXPECT_THAT(fixture.log, ElementsAre("ended"));
-    fixture.engine->selectOutputDevice(headphones);
-    EXPECT_FALSE(*fixture.engine->isPlaying);
-    EXPECT_EQ(*fixture.engine->currentTime, 0);
-    fixture.engine->resume();
-    fixture.playToEnd();
-    EXPECT_EQ(firstDifference(fixture.output->heard(), fixture.samplesOf(a) + fixture.samplesOf(a)),
-              -1);
+    engine->stop();
+    engine->selectOutputDevice(none);
+    EXPECT_EQ(savedDevice(), none);
+    EXPECT_FALSE(*engine->isPlaying);
+    engine->resume();
+    playToEnd();
+    EXPECT_THAT(log, ElementsAre("ended"));
+    engine->selectOutputDevice(headphones);
+    EXPECT_FALSE(*engine->isPlaying);
+    EXPECT_EQ(*engine->currentTime, 0);
+    engine->resume();
+    playToEnd();
+    EXPECT_EQ(firstDifference(output->heard(), samplesOf(a) + samplesOf(a)), -1);
 }
 
-TEST(OutputDevices, MayBeHeardOfAndChosenFromWithinAChange) {
-    Playing fixture;
-    fixture.devices->tell(both);
+TEST_F(OutputDevices, MayBeHeardOfAndChosenFromWithinAChange) {
+    devices->tell(both);
     bool isFirst = true;
-    const Subscription subscription = fixture.engine->currentTime.subscribe([&](double) {
+    const Subscription subscription = engine->currentTime.subscribe([&](double) {
         if (std::exchange(isFirst, false)) {
-            fixture.devices->tell(headphonesFirst);
-            fixture.engine->refreshOutputDevices();
+            devices->tell(headphonesFirst);
+            engine->refreshOutputDevices();
         }
     });
-    const int opened = fixture.output->openCount;
-    fixture.engine->selectOutputDevice(headphones);
+    const int opened = output->openCount;
+    engine->selectOutputDevice(headphones);
     EXPECT_FALSE(isFirst);
-    EXPECT_EQ(fixture.output->openCount, opened + 1);
-    EXPECT_EQ(fixture.output->device(), headphones);
-    fixture.expectWholeMusic();
+    EXPECT_EQ(output->openCount, opened + 1);
+    EXPECT_EQ(output->device(), headphones);
+    expectWholeMusic();
 }
 
-TEST(OutputDevices, CallNobodyWhoIsGone) {
-    EngineFixture fixture;
-    fixture.devices->tell(both);
-    fixture.engine->selectOutputDevice(headphones);
-    fixture.devices->tell(both, true, false);
-    fixture.devices->announce();
-    fixture.engine.reset();  // Between the news and the turn that would act on it.
+TEST_F(UnusedOutputDevices, CallNobodyWhoIsGone) {
+    devices->tell(both);
+    engine->selectOutputDevice(headphones);
+    devices->tell(both, true, false);
+    devices->announce();
+    engine.reset();  // Between the news and the turn that would act on it.
     QCoreApplication::processEvents();
-    EXPECT_EQ(savedIn(fixture), headphones);
+    EXPECT_EQ(savedDevice(), headphones);
 }
 
 // The end of a track is heard, and the device changes before the main thread comes to know.
-TEST(OutputDevices, MayChangeInTheVeryMomentOfAJoin) {
-    Playing fixture;
-    fixture.devices->tell(both);
-    fixture.hearOnly(44100 - 10001);
-    fixture.engine->selectOutputDevice(headphones);
-    fixture.settle();
-    EXPECT_EQ(**fixture.engine->currentTrack, fixture.b);
-    EXPECT_EQ(fixture.position(), 0);
-    fixture.expectWholeMusic();
+TEST_F(OutputDevices, MayChangeInTheVeryMomentOfAJoin) {
+    devices->tell(both);
+    hearOnly(44100 - 10001);
+    engine->selectOutputDevice(headphones);
+    settle();
+    EXPECT_EQ(**engine->currentTrack, b);
+    EXPECT_EQ(position(), 0);
+    expectWholeMusic();
 }

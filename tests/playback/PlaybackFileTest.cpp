@@ -1,7 +1,5 @@
-#include <QFile>
-#include <QTemporaryDir>
-
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,6 +8,7 @@
 #include "base/Error.h"
 #include "playback/PlaybackFile.h"
 #include "support/MemoryFile.h"
+#include "support/TemporaryFolder.h"
 
 using namespace halvenor;
 using namespace halvenor::test;
@@ -21,20 +20,12 @@ const QByteArray mp4Head(
     "ftypM4A ",
     12);
 
-void write(const FileUrl& url, const QByteArray& content) {
-    QFile file(QString::fromLatin1(url.path()));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(content);
-}
-
 class PlaybackFileTest : public testing::Test {
   protected:
-    PlaybackFileTest() { qputenv("TMPDIR", temporary_.path().toLatin1()); }
+    PlaybackFileTest() { qputenv("TMPDIR", temporary_.url().path()); }
     ~PlaybackFileTest() override { qunsetenv("TMPDIR"); }
 
-    FileUrl place(const QByteArray& name) const {
-        return FileUrl(music_.path().toLatin1()).appendingPathComponent(name);
-    }
+    FileUrl place(const QByteArray& name) const { return music_.at(name); }
     /// Refuses all names that don't end in ".m4a", and remembers what it was asked for.
     FileOpener pickyOpener() {
         return [this](const FileUrl& url) -> std::shared_ptr<AudioFile> {
@@ -64,8 +55,8 @@ class PlaybackFileTest : public testing::Test {
         return "none";
     }
 
-    QTemporaryDir temporary_;
-    QTemporaryDir music_;
+    TemporaryFolder temporary_;
+    TemporaryFolder music_;
     std::vector<FileUrl> asked_;
     bool isRefusingAll_ = false;
 };
@@ -73,8 +64,7 @@ class PlaybackFileTest : public testing::Test {
 }  // namespace
 
 TEST_F(PlaybackFileTest, OffersAnMp4UnderASecondNameWhileItLives) {
-    const FileUrl url = place("song.bin");
-    write(url, mp4Head);
+    const FileUrl url = music_.makeFile("song.bin", mp4Head);
     {
         PlaybackFile opened =
             openForPlayback(place("Album").appendingPathComponent("../song.bin"), pickyOpener());
@@ -100,14 +90,12 @@ TEST_F(PlaybackFileTest, OffersAnMp4UnderASecondNameWhileItLives) {
 }
 
 TEST_F(PlaybackFileTest, MakesNoAliasForOtherFilesNorLeavesOneBehind) {
-    write(place("text.bin"), "No audio at all");
-    EXPECT_EQ(failureOf(place("text.bin")), "bin");
+    EXPECT_EQ(failureOf(music_.makeFile("text.bin", "No audio at all")), "bin");
     EXPECT_EQ(asked_.size(), 1U);
 
-    write(place("fine.m4a"), mp4Head);
-    EXPECT_FALSE(openForPlayback(place("fine.m4a"), pickyOpener()).alias);
+    EXPECT_FALSE(openForPlayback(music_.makeFile("fine.m4a", mp4Head), pickyOpener()).alias);
 
-    write(place("broken.bin"), mp4Head);
+    music_.makeFile("broken.bin", mp4Head);
     isRefusingAll_ = true;
     EXPECT_EQ(failureOf(place("broken.bin")), "m4a") << "the second failure is the one to tell";
     EXPECT_THAT(aliases(), testing::IsEmpty());
@@ -123,11 +111,11 @@ TEST_F(PlaybackFileTest, KnowsAnMp4ByItsFirstBytes) {
         {QByteArray(), false}, {QByteArray("ftypftyp"), true}, {QByteArray("ftypabcd"), false},
     };
     for (const auto& [content, expected] : cases) {
-        write(place("head"), content);
-        EXPECT_EQ(isMP4Container(place("head")), expected) << content.toHex().constData();
+        EXPECT_EQ(isMP4Container(music_.makeFile("head", content)), expected)
+            << content.toHex().constData();
     }
     EXPECT_FALSE(isMP4Container(place("missing")));
-    EXPECT_FALSE(isMP4Container(FileUrl(music_.path().toLatin1()))) << "a folder";
+    EXPECT_FALSE(isMP4Container(music_.url())) << "a folder";
     ASSERT_EQ(::mkfifo(place("pipe").path().constData(), 0600), 0);
     EXPECT_FALSE(isMP4Container(place("pipe"))) << "a pipe that nobody writes to must not block";
 }
@@ -144,7 +132,7 @@ TEST_F(PlaybackFileTest, RemovesOnlyTheLinksThatACrashLeft) {
     link("left.m4a");
     link("another.m4a");
     link("foreign.txt");
-    write(directory.appendingPathComponent("file.m4a"), "somebody's");
+    std::ofstream(directory.appendingPathComponent("file.m4a").path().toStdString()) << "kept";
     PlaybackAlias::removeLeftovers();
     EXPECT_THAT(aliases(), testing::UnorderedElementsAre("foreign.txt", "file.m4a"));
 }

@@ -1,77 +1,42 @@
-#include <QTemporaryDir>
-#include <QtEndian>
-
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <unistd.h>
-#include <vector>
 
-#include "playback/AudioEngineManager.h"
+#include "EngineFixture.h"
 #include "support/EventLoop.h"
-#include "support/ManualOutput.h"
+#include "support/MediaLibrary.h"
 
 using namespace halvenor;
 using namespace halvenor::test;
 
-namespace {
-
-/// A 16-bit stereo WAVE file of a ramp that begins at `first`.
-QByteArray wave(int16_t first, int frames) {
-    QByteArray data;
-    for (int i = 0; i < frames * 2; ++i) {
-        const auto sample = qToLittleEndian<int16_t>(static_cast<int16_t>(first + i));
-        data.append(reinterpret_cast<const char*>(&sample), sizeof sample);
-    }
-    const auto u32 = [](uint32_t value) {
-        value = qToLittleEndian(value);
-        return QByteArray(reinterpret_cast<const char*>(&value), sizeof value);
-    };
-    const auto size = static_cast<uint32_t>(data.size());
-    return "RIFF" + u32(36 + size) + "WAVEfmt " + u32(16) + QByteArray("\1\0\2\0", 4) + u32(44100) +
-           u32(44100 * 4) + QByteArray("\4\0\20\0", 4) + "data" + u32(size) + data;
-}
-
-Track write(const FileUrl& url, const QByteArray& content) {
-    const int file = ::open(url.path().constData(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    EXPECT_EQ(::write(file, content.constData(), static_cast<size_t>(content.size())),
-              content.size());
-    ::close(file);
-    TrackFields fields;
-    fields.url = url;
-    return Track(fields);
-}
-
-}  // namespace
-
 // The queued file has a name that is no text, and is deleted before it is heard.
 TEST(AudioEngineManager, PlaysRealFilesThatAreOpenThoughDeleted) {
-    const QTemporaryDir folder;
-    const FileUrl root(folder.path().toLatin1());
-    const Track a = write(root.appendingPathComponent("a.wav"), wave(-9000, 4001));
-    const Track b = write(root.appendingPathComponent("b\xff.wav"), wave(100, 5003));
+    const TemporaryFolder folder;
+    std::vector<Track> tracks;
+    std::vector<float> music;
+    for (const QByteArray& name : {QByteArray("a.wav"), QByteArray("b\xff.wav")}) {
+        TrackFields fields;
+        fields.url = folder.at(name);
+        const int number = static_cast<int>(tracks.size());
+        const Signal signal = makeSignal(4001 + 1002 * number, 44100, 2, number);
+        mediaKind("wav s16").write(fields.url, signal);
+        music = std::move(music) + signal.samples;
+        tracks.emplace_back(fields);
+    }
 
-    auto made = std::make_unique<ManualOutput>(AudioFormat{44100, 2});
+    auto made = std::make_unique<ManualOutput>(cd);
     ManualOutput* output = made.get();
     AudioEngineManager engine(std::move(made));
     std::vector<QByteArray> transitions;
     engine.onGaplessTransition = [&](const Track& track) { transitions.push_back(track.id()); };
-    engine.loadAndPlay(a);
-    engine.setNextTrack(b);
-    ASSERT_EQ(engine.queuedTrack(), b);
-    ::unlink(a.url().path().constData());
-    ::unlink(b.url().path().constData());
+    engine.loadAndPlay(tracks[0]);
+    engine.setNextTrack(tracks[1]);
+    ASSERT_EQ(engine.queuedTrack(), tracks[1]);
+    for (const Track& track : tracks) {
+        ASSERT_EQ(::unlink(track.url().path().constData()), 0);
+    }
     EXPECT_TRUE(spinUntil([&] {
         output->play(1000);
         return !*engine.isPlaying;
     }));
-
-    EXPECT_THAT(transitions, testing::ElementsAre(b.id()));
-    const std::vector<float>& heard = output->heard();
-    ASSERT_EQ(heard.size(), (4001U + 5003U) * 2);
-    for (size_t i = 0; i < heard.size(); ++i) {
-        const size_t first = 4001 * 2;
-        const double sample =
-            i < first ? -9000.0 + static_cast<double>(i) : 100.0 + static_cast<double>(i - first);
-        ASSERT_EQ(heard[i], sample / 32768) << "sample " << i;
-    }
+    EXPECT_THAT(transitions, testing::ElementsAre(tracks[1].id()));
+    EXPECT_EQ(firstDifference(output->heard(), music), -1);
 }

@@ -69,26 +69,3 @@ TEST(ScheduleDecisions, ReadsPositionsFromThePlayersClock) {
     EXPECT_EQ(positionAt(10, 500, 400, 48000, 60), 10) << "a clock that was set back";
     EXPECT_EQ(positionAt(59.9, 0, 48000, 48000, 60), 60);
 }
-
-TEST(ScheduleDecisions, ReconcilesWhatComesNext) {
-    const std::optional<FileUrl> none;
-    const std::optional a = FileUrl("/Music/a.mp3");
-    const std::optional otherwiseA = FileUrl("/Music/Album/../a.mp3");
-    const std::optional b = FileUrl("/Music/b.mp3");
-    struct Case {
-        size_t scheduled;
-        std::optional<FileUrl> queued;
-        std::optional<FileUrl> next;
-        NextTrackStep expected;
-    };
-    for (const Case& c :
-         {Case{0, none, a, NextTrackStep::nothing}, Case{0, none, none, NextTrackStep::nothing},
-          Case{1, none, none, NextTrackStep::nothing}, Case{1, none, a, NextTrackStep::append},
-          Case{2, a, a, NextTrackStep::refreshRecord},
-          Case{2, a, otherwiseA, NextTrackStep::refreshRecord},
-          Case{2, a, b, NextTrackStep::rebuild}, Case{2, a, none, NextTrackStep::rebuild}}) {
-        EXPECT_EQ(nextTrackStep(c.scheduled, c.queued, c.next), c.expected)
-            << c.scheduled << (c.queued ? c.queued->path() : "none").constData() << " to "
-            << (c.next ? c.next->path() : "none").constData();
-    }
-}
