@@ -83,7 +83,7 @@ TEST_F(AccessibilityTest, everyControlHasANameAndARole) {
     expectEverythingNamed("playlists");
     clickButton("Add New Playlist");
     expectEverythingNamed("a new playlist");
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    key(Qt::Key_Escape);
     clickButton("Folders");
     clickButton("Search");
     expectEverythingNamed("search");
@@ -109,7 +109,7 @@ TEST_F(AccessibilityTest, everyControlOfThePlayerIsReachedByTab) {
     QSet<QString> reached;
     tree().setFocus();
     for (int i = 0; i < 60; ++i) {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        key(Qt::Key_Tab);
         reached << QApplication::focusWidget()->accessibleName();
     }
     for (const char* name : {"Preferences (F10)",
@@ -130,6 +130,7 @@ TEST_F(AccessibilityTest, everyControlOfThePlayerIsReachedByTab) {
                              "Volume",
                              "Cover Mode (c)",
                              "History (h)",
+                             "Add to Favorites (l)",
                              "More",
                              "Album Menu"}) {
         EXPECT_TRUE(reached.contains(QString::fromUtf8(name))) << name;

@@ -16,7 +16,6 @@ class CoverModeTest : public WindowFixture {
         press(*window, 54, Qt::Key_C);
         QTest::qWait(20);
     }
-    QAbstractButton& button(const char* name) { return findByName<QAbstractButton>(*window, name); }
 };
 
 TEST_F(CoverModeTest, takesThePlaceOfThePlayerAndFillsTheScreen) {

@@ -1,29 +1,19 @@
 // What the state asks through the window: answered exactly once, whatever happens to the window.
-#include <QAbstractButton>
-#include <QFileDialog>
-#include <QLabel>
-
 #include <functional>
 
 #include "support/TemporaryFolder.h"
 #include "ui/WindowFixture.h"
 #include "ui/mainwindow/WindowPrompts.h"
 
-namespace halvenor {
+namespace halvenor::test {
 namespace {
 
-using test::findByName;
-
-class Prompts : public test::WindowFixture {
+class Prompts : public WindowFixture {
   protected:
     // In the place of the state, which asks no more than it must.
     std::unique_ptr<WindowPrompts> prompts = std::make_unique<WindowPrompts>(*state, *window);
 
     ~Prompts() override { prompts.reset(); }
-
-    static void letDeletionsHappen() {
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    }
 };
 
 TEST_F(Prompts, confirmOnceWhateverTheAnswer) {
@@ -32,17 +22,14 @@ TEST_F(Prompts, confirmOnceWhateverTheAnswer) {
         std::function<void()> act;
         bool isAccepted;
     };
-    const auto key = [](Qt::Key code) {
-        return [code] { QTest::keyClick(QApplication::focusWidget(), code); };
-    };
     const Case cases[] = {
-        {"Return", key(Qt::Key_Return), true},
-        {"Escape", key(Qt::Key_Escape), false},
+        {"Return", [] { key(Qt::Key_Return); }, true},
+        {"Escape", [] { key(Qt::Key_Escape); }, false},
         {"accepting", [&] { clickButton("Restore Links"); }, true},
         {"cancelling", [&] { clickButton("Cancel"); }, false},
         {"the end of the window", [&] { prompts.reset(); }, false},
     };
-    test::addRoots(*state, {"A"});
+    addRoots(*state, {"A"});
     tree().setFocus();
     for (const Case& c : cases) {
         std::vector<bool> answers;
@@ -64,7 +51,7 @@ TEST_F(Prompts, confirmOnceWhateverTheAnswer) {
 }
 
 TEST_F(Prompts, chooseAFolderOnceWhateverTheAnswer) {
-    const test::TemporaryFolder folder;
+    const TemporaryFolder folder;
     folder.makeFolder("new place");
     struct Case {
         const char* what;
@@ -72,11 +59,7 @@ TEST_F(Prompts, chooseAFolderOnceWhateverTheAnswer) {
         QByteArray chosen;
     };
     const Case cases[] = {
-        {"choosing",
-         [&](QFileDialog& dialog) {
-             dialog.selectFile(QString::fromUtf8(folder.path("new place")));
-             static_cast<QDialog&>(dialog).accept();
-         },
+        {"choosing", [&](QFileDialog& dialog) { choose(dialog, folder.path("new place")); },
          folder.path("new place")},
         {"Escape", [](QFileDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); }, {}},
         {"closing", [](QFileDialog& dialog) { dialog.close(); }, {}},
@@ -87,16 +70,15 @@ TEST_F(Prompts, chooseAFolderOnceWhateverTheAnswer) {
     for (const Case& c : cases) {
         std::vector<std::optional<FileUrl>> answers;
         prompts->chooseFolder(message, [&](const auto& chosen) { answers.push_back(chosen); });
-        auto* dialog = window->findChild<QFileDialog*>();
-        ASSERT_NE(dialog, nullptr);
-        EXPECT_EQ(dialog->fileMode(), QFileDialog::Directory);
-        EXPECT_TRUE(dialog->isVisible());
-        const auto labels = dialog->findChildren<QLabel*>();
+        QFileDialog& dialog = fileDialog();
+        EXPECT_EQ(dialog.fileMode(), QFileDialog::Directory);
+        EXPECT_TRUE(dialog.isVisible());
+        const auto labels = dialog.findChildren<QLabel*>();
         EXPECT_TRUE(std::ranges::any_of(labels, [&](const QLabel* label) {
             return label->text() == message && label->isVisible() && label->height() >= 12;
         })) << "the message can be read";
         EXPECT_TRUE(answers.empty());
-        c.act(*dialog);
+        c.act(dialog);
         letDeletionsHappen();
         ASSERT_EQ(answers.size(), 1U) << c.what;
         EXPECT_EQ(answers[0] ? answers[0]->path() : QByteArray(), c.chosen) << c.what;
@@ -105,23 +87,20 @@ TEST_F(Prompts, chooseAFolderOnceWhateverTheAnswer) {
 }
 
 TEST_F(Prompts, serveTheStateWhileTheWindowIsThere) {
-    const test::TemporaryFolder music;
+    const TemporaryFolder music;
     prompts.reset();
     window.reset();
     window = std::make_unique<MainWindow>(*state, preferences);
     window->show();
     clickButton("Drop music folder here or click here to browse");
-    auto* dialog = window->findChild<QFileDialog*>();
-    ASSERT_NE(dialog, nullptr);
-    press(*dialog, 58, Qt::Key_M);
+    press(fileDialog(), 58, Qt::Key_M);
     EXPECT_FALSE(*engine().isMuted) << "keys in the dialog are its own";
-    dialog->selectFile(QString::fromUtf8(music.url().path()));
-    static_cast<QDialog*>(dialog)->accept();
+    choose(fileDialog(), music.url().path());
     ASSERT_EQ(state->libraryFolders->size(), 1U);
     EXPECT_EQ(state->libraryFolders->front(), music.url());
 
     // While what is remembered is being checked, it is not asked.
-    EXPECT_TRUE(test::spinUntil([&] {
+    EXPECT_TRUE(spinUntil([&] {
         state->relocateFolder(FileUrl("/nowhere/Lost"));
         return *state->isRelocating;
     }));
@@ -137,14 +116,18 @@ TEST_F(Prompts, lieBeneathAnErrorThatComesLater) {
     prompts->confirm({QStringLiteral("Really?"), {}, QStringLiteral("Yes")},
                      [&](bool) { ++answers; });
     QWidget* const accept = QApplication::focusWidget();
-    state->playbackErrorMessage = QStringLiteral("first");
-    state->playbackErrorMessage = QStringLiteral("second");
-    EXPECT_EQ(QApplication::focusWidget()->accessibleName(), QStringLiteral("OK"));
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-    EXPECT_FALSE(state->playbackErrorMessage->has_value());
+    for (const Qt::Key answer : {Qt::Key_Return, Qt::Key_Escape}) {
+        state->playbackErrorMessage = QStringLiteral("first");
+        state->playbackErrorMessage = QStringLiteral("second");
+        EXPECT_EQ(focused(), "OK");
+        EXPECT_EQ(findByName<QWidget>(*window, "Playback Error").accessibleDescription(),
+                  QStringLiteral("second"));
+        key(answer);
+        EXPECT_FALSE(state->playbackErrorMessage->has_value());
+        EXPECT_EQ(QApplication::focusWidget(), accept);
+    }
     EXPECT_EQ(answers, 0);
-    EXPECT_EQ(QApplication::focusWidget(), accept);
 }
 
 }  // namespace
-}  // namespace halvenor
+}  // namespace halvenor::test

@@ -15,7 +15,7 @@
 #include "ui/waveform/AnimationClock.h"
 #include "ui/waveform/EnvelopePath.h"
 
-namespace halvenor {
+namespace halvenor::test {
 namespace {
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
@@ -108,7 +108,6 @@ TEST(KeyMap, actsOnPlacesAndLeavesModifiedKeysAlone) {
 }
 
 // ---- Cover Mode
-// ----------------------------------------------------------------------------------
 
 TEST(CoverModeLayout, stepsWhereTheDesignSteps) {
     struct Case {
@@ -135,7 +134,6 @@ TEST(CoverModeLayout, stepsWhereTheDesignSteps) {
 }
 
 // ---- Waveform
-// ------------------------------------------------------------------------------------
 
 TEST(EnvelopePath, isMirroredAndNowhereThin) {
     EXPECT_TRUE(envelopePath({}, 100, 40).isEmpty());
@@ -166,7 +164,6 @@ TEST(AnimationClock, standsWhileItShouldNotRunAndGoesOnFromThere) {
 }
 
 // ---- Folder tree
-// ---------------------------------------------------------------------------------
 
 struct Tree {
     FolderList roots{FolderItem(FileUrl("/m/a"), true), FolderItem(FileUrl("/m/b"), true)};
@@ -268,7 +265,6 @@ TEST(FolderRowParts, lieInOrderAndMirror) {
 }
 
 // ---- Album header
-// --------------------------------------------------------------------------------
 
 Track track(const char* format, int bitrate, int year, const char* album = "Unknown Album") {
     TrackFields fields;
@@ -335,4 +331,4 @@ TEST(CoverDisplaySize, reducesAndNeverEnlarges) {
 }
 
 }  // namespace
-}  // namespace halvenor
+}  // namespace halvenor::test

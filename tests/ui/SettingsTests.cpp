@@ -1,5 +1,4 @@
 #include <QCheckBox>
-#include <QLabel>
 #include <QShortcut>
 
 #include "ui/WindowFixture.h"
@@ -17,16 +16,6 @@ class SettingsTest : public WindowFixture {
         window->settings()->selectTab(tab);
         QTest::qWait(5);
     }
-    QStringList labels() {
-        QStringList texts;
-        for (const QLabel* label : window->settings()->findChildren<QLabel*>()) {
-            if (label->isVisible()) {
-                texts << label->text();
-            }
-        }
-        return texts;
-    }
-    bool shows(const char* text) { return labels().contains(QString::fromUtf8(text)); }
 };
 
 TEST_F(SettingsTest, openByKeyOnlyAndToggleByShortcut) {
@@ -36,7 +25,7 @@ TEST_F(SettingsTest, openByKeyOnlyAndToggleByShortcut) {
     press(*window, 76, Qt::Key_F10);
     EXPECT_TRUE(*state->isSettingsPresented) << "it only opens";
     EXPECT_TRUE(window->settings()->isAncestorOf(QApplication::focusWidget()));
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+    key(Qt::Key_Escape);
     EXPECT_FALSE(*state->isSettingsPresented);
     EXPECT_FALSE(window->settings()->isVisible());
     auto* shortcut = window->findChild<QShortcut*>();
@@ -55,7 +44,7 @@ TEST_F(SettingsTest, keepTheFocusAndAreReachedByTab) {
     open();
     QSet<QString> reached;
     for (int i = 0; i < 30; ++i) {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        key(Qt::Key_Tab);
         ASSERT_TRUE(window->settings()->isAncestorOf(QApplication::focusWidget()));
         const auto* button = qobject_cast<QAbstractButton*>(QApplication::focusWidget());
         reached << (button->accessibleName().isEmpty() ? button->text() : button->accessibleName());
@@ -66,10 +55,10 @@ TEST_F(SettingsTest, keepTheFocusAndAreReachedByTab) {
     }
     EXPECT_TRUE(reached.contains(rawValue(*state->selectedTheme)));
     // Among choices that exclude each other the arrow keys go on.
-    findByName<QAbstractButton>(*window, "General").setFocus();
+    button("General").setFocus();
     for (const SettingsTab tab :
          {SettingsTab::locations, SettingsTab::hotkeys, SettingsTab::help, SettingsTab::about}) {
-        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Right);
+        key(Qt::Key_Right);
         EXPECT_EQ(window->settings()->selectedTab(), tab);
     }
 }
@@ -115,33 +104,30 @@ TEST_F(SettingsTest, listTheDevicesAndTheirTrouble) {
     QString chosen;
     picker.onChosen = [&](const QString& uid) { chosen = uid; };
     picker.click();
-    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-    ASSERT_NE(menu, nullptr);
-    menu->actions().at(1)->trigger();
-    menu->close();
+    OpenMenu().choose("Amp");
     EXPECT_EQ(chosen, QStringLiteral("a"));
 }
 
 TEST_F(SettingsTest, showTheLocationsAsTheyAre) {
     open(SettingsTab::locations);
-    EXPECT_TRUE(spinUntil([&] { return shows("Scanned Folders (0)"); }));
+    EXPECT_TRUE(comesToShow("Scanned Folders (0)"));
     EXPECT_TRUE(shows("No media folders added yet. Click 'Add Location' to pick a folder."));
     EXPECT_FALSE(shows("Unavailable Folders"));
     state->libraryFolders = std::vector<FileUrl>{FileUrl(home.path().toUtf8()), FileUrl("/a/Away")};
     state->availableLocationPaths = QSet<QByteArray>{home.path().toUtf8()};
-    EXPECT_TRUE(spinUntil([&] { return shows("Scanned Folders (2)"); }));
-    const QStringList texts = labels();
-    EXPECT_LT(texts.indexOf(home.path()), texts.indexOf(QStringLiteral("/a/Away")))
+    EXPECT_TRUE(comesToShow("Scanned Folders (2)"));
+    const Texts now = texts();
+    EXPECT_LT(std::ranges::find(now, home.path().toStdString()), std::ranges::find(now, "/a/Away"))
         << "in the order they were added";
-    EXPECT_EQ(texts.count(QStringLiteral("Unavailable — links retained")), 1);
+    EXPECT_EQ(std::ranges::count(now, "Unavailable — links retained"), 1);
     state->isRelocating = true;
-    EXPECT_TRUE(spinUntil([&] { return shows("Checking folder contents…"); }));
+    EXPECT_TRUE(comesToShow("Checking folder contents…"));
     state->isRelocating = false;
-    EXPECT_TRUE(spinUntil(
-        [&] { return !shows("Checking folder contents…") && shows("Scanned Folders (2)"); }));
+    EXPECT_TRUE(spinUntil([&] { return !shows("Checking folder contents…"); }));
+    EXPECT_TRUE(comesToShow("Scanned Folders (2)"));
     clickButton("Remove Location");
     EXPECT_EQ(state->libraryFolders->size(), 1U);
-    EXPECT_TRUE(spinUntil([&] { return shows("Scanned Folders (1)"); }));
+    EXPECT_TRUE(comesToShow("Scanned Folders (1)"));
 }
 
 TEST_F(SettingsTest, listTheKeys) {
@@ -150,15 +136,15 @@ TEST_F(SettingsTest, listTheKeys) {
     ASSERT_EQ(rows.size(), 9U);
     EXPECT_EQ(rows[8].shortcut, QStringLiteral("Cmd + ,"));
     for (const auto& row : rows) {
-        EXPECT_TRUE(shows(qPrintable(row.action)));
-        EXPECT_TRUE(shows(qPrintable(row.shortcut)));
+        EXPECT_TRUE(shows(row.action.toStdString()));
+        EXPECT_TRUE(shows(row.shortcut.toStdString()));
     }
 }
 
 TEST_F(SettingsTest, helpAndAboutLeadOut) {
     open(SettingsTab::help);
-    EXPECT_NO_THROW(findByName<QAbstractButton>(*window, "View Quick Guide"));
-    findByName<QAbstractButton>(*window, "Open Full Manual (PDF)").click();
+    EXPECT_NO_THROW(button("View Quick Guide"));
+    button("Open Full Manual (PDF)").click();
     open(SettingsTab::about);
     EXPECT_TRUE(shows("Version 1.0.0 (Native Pelmorin Edition)"));
 }

@@ -7,15 +7,6 @@ namespace {
 
 using testing::ElementsAre;
 
-std::vector<std::string> textsOf(const QMenu& menu) {
-    std::vector<std::string> texts;
-    for (const QAction* action : menu.actions()) {
-        const std::string text = action->isSeparator() ? "-" : action->text().toStdString();
-        texts.push_back(action->isEnabled() ? text : "(" + text + ")");
-    }
-    return texts;
-}
-
 TEST_F(WindowFixture, theStatusMenuFollowsThePlayer) {
     StatusMenu menu(*state);
     EXPECT_THAT(textsOf(menu), ElementsAre("(Play)", "(Like)", "Mute", "-", "Show", "Quit"));
@@ -52,7 +43,7 @@ TEST_F(WindowFixture, theShellHasOneWindowAtATimeAndMakesItAgain) {
     EXPECT_EQ(shell.mainWindow(), first);
 
     first->close();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    letDeletionsHappen();
     ASSERT_TRUE(first.isNull());
     showTracks(3);
     state->onShowMainWindow();

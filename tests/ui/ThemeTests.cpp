@@ -11,7 +11,7 @@
 #include "ui/theme/HalvenorTheme.h"
 #include "ui/theme/ThemeInstaller.h"
 
-namespace halvenor {
+namespace halvenor::test {
 namespace {
 
 class ActiveTheme : public testing::Test {
@@ -57,7 +57,7 @@ TEST_F(ActiveTheme, paintsPanesOpaque) {
 
 TEST_F(ActiveTheme, isInPlaceBeforeAViewHearsOfTheChange) {
     const QTemporaryDir home;
-    const auto state = test::makeState(FileUrl(home.path().toUtf8() + "/settings.json"));
+    const auto state = makeState(FileUrl(home.path().toUtf8() + "/settings.json"));
     installTheme(*state, *qApp);
     EXPECT_EQ(HalvenorTheme::active, *state->selectedTheme);
     AppTheme seen = AppTheme::systemDark;
@@ -126,7 +126,7 @@ TEST(Symbols, areDrawnTintedAndCrisp) {
 }
 
 TEST(Covers, areCutToTheirShape) {
-    const Artwork cover = test::exampleCover(100);
+    const Artwork cover = exampleCover(100);
     const QImage image = decodeCover(cover.bytes(), {QSize(140, 140), 2, 8, true});
     EXPECT_EQ(image.size(), QSize(280, 280));
     EXPECT_EQ(qAlpha(image.pixel(0, 0)), 0) << "rounded corner";
@@ -136,4 +136,4 @@ TEST(Covers, areCutToTheirShape) {
 }
 
 }  // namespace
-}  // namespace halvenor
+}  // namespace halvenor::test
