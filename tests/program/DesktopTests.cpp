@@ -1,29 +1,31 @@
 // The program on a desktop: a window manager, a session bus with clients, a second launch.
-#include <csignal>
-
-#include "program/DesktopFixture.h"
+#include "program/ProgramFixture.h"
 
 namespace halvenor::test {
 namespace {
+
+int launchAgain(const Variables& environment) {
+    return runToEnd({.command = {"timeout", "20", HALVENOR_PROGRAM}, .environment = environment})
+        .status;
+}
 
 TEST_F(DesktopTest, closingTheWindowLeavesTheMusicAndAnotherLaunchBringsTheWindowBack) {
     start();
     playUntil(startPosition + 0.3);
     ASSERT_TRUE(display_.close("Halvenor"));
-    ASSERT_TRUE(comesTrue([&] { return !display_.isShown("Halvenor"); }));
+    ASSERT_TRUE(vanishes());
     EXPECT_TRUE(isPlayingOn());
 
-    EXPECT_EQ(launchAgain(), 0);
-    EXPECT_TRUE(comesTrue([&] { return display_.isShown("Halvenor"); }));
+    EXPECT_EQ(launchAgain(environment()), 0);
+    EXPECT_TRUE(appears());
     EXPECT_TRUE(isPlayingOn());
     display_.minimise("Halvenor");
-    ASSERT_TRUE(comesTrue([&] { return !display_.isShown("Halvenor"); }));
-    EXPECT_EQ(launchAgain(), 0);
-    EXPECT_TRUE(comesTrue([&] { return display_.isShown("Halvenor"); }));
+    ASSERT_TRUE(vanishes());
+    EXPECT_EQ(launchAgain(environment()), 0);
+    EXPECT_TRUE(appears());
     EXPECT_EQ(display_.windowCount("Halvenor"), 1);
 
-    send(SIGTERM);
-    expectOrderlyEnd();
+    end();
     secondsHeardFrom(startPosition);
 }
 
@@ -49,11 +51,11 @@ TEST_F(MediaKeyTest, steerThePlayer) {
     playerctl({"pause"});
     EXPECT_TRUE(becomes({"status"}, "Paused"));
     playerctl({"volume", "0.25"});
-    EXPECT_TRUE(comesTrue([&] { return Settings(settingsFile()).number("PlayerVolume") == 0.25; }));
+    EXPECT_TRUE(comesTrue([&] { return settings().number("PlayerVolume") == 0.25; }));
 
     ASSERT_TRUE(display_.close("Halvenor"));
-    ASSERT_TRUE(comesTrue([&] { return !display_.isShown("Halvenor"); }));
-    BusClient client(bus_);
+    ASSERT_TRUE(vanishes());
+    BusClient client(*bus_);
     const auto root = [&](const QString& method) {
         return client
             .call(QStringLiteral("org.mpris.MediaPlayer2.halvenor"),
@@ -62,7 +64,7 @@ TEST_F(MediaKeyTest, steerThePlayer) {
             .type();
     };
     EXPECT_EQ(root(QStringLiteral("Raise")), QDBusMessage::ReplyMessage);
-    EXPECT_TRUE(comesTrue([&] { return display_.isShown("Halvenor"); }));
+    EXPECT_TRUE(appears());
     EXPECT_EQ(root(QStringLiteral("Quit")), QDBusMessage::ReplyMessage);
     expectOrderlyEnd();
 }
@@ -76,13 +78,12 @@ TEST_F(MediaKeyTest, theNoteInALateTrayBringsTheWindowBack) {
                      "--width", "100", "--height", "24"},
          .environment = environment()});
     ASSERT_TRUE(display_.close("Halvenor"));
-    ASSERT_TRUE(comesTrue([&] { return !display_.isShown("Halvenor"); }));
+    ASSERT_TRUE(vanishes());
     EXPECT_TRUE(comesTrue([&] {
         return display_.clickScreen(12, 12) &&
                comesTrue([&] { return display_.isShown("Halvenor"); }, std::chrono::seconds(1));
     }));
-    send(SIGTERM);
-    expectOrderlyEnd();
+    end();
 }
 
 }  // namespace

@@ -7,10 +7,8 @@
 
 #include <array>
 #include <cmath>
-#include <csignal>
 
-#include "program/DesktopFixture.h"
-#include "support/Programs.h"
+#include "program/ProgramFixture.h"
 #include "ui/ExampleLibrary.h"
 
 namespace halvenor::test {
@@ -42,10 +40,12 @@ constexpr std::array themes{Theme{"Halvenor Dark", "halvenor-dark", qRgb(10, 11,
                             Theme{"System Dark", "system-dark", qRgb(29, 31, 33)},
                             Theme{"System Light", "system-light", qRgb(245, 245, 245)}};
 
-class EndToEnd : public testing::TestWithParam<int> {
+class EndToEnd : public HomeTest, public testing::WithParamInterface<int> {
   protected:
-    EndToEnd() : display_(1280 * scale(), 800 * scale()) {
+    EndToEnd() : HomeTest(1280 * scale(), 800 * scale()) {
+        variables_["QT_SCALE_FACTOR"] = std::to_string(scale());
         display_.startWindowManager();
+        startBus();
         for (const char* name : {"2019 - Tidal Rooms", "2022 - Slack Water"}) {
             makeAlbum(QByteArray("Music/Glass Harbour/") + name);
         }
@@ -101,22 +101,9 @@ class EndToEnd : public testing::TestWithParam<int> {
         }
     }
 
-    std::map<std::string, std::string> environment() const {
-        const std::string home = home_.url().path().toStdString();
-        auto variables = display_.environment();
-        for (const char* name : {"HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME", "XDG_DATA_HOME",
-                                 "XDG_CACHE_HOME", "XDG_STATE_HOME"}) {
-            variables[name] = home;
-        }
-        variables["DBUS_SESSION_BUS_ADDRESS"] = bus_.address().toStdString();
-        variables["ASAN_OPTIONS"] = "detect_leaks=0";
-        variables["QT_SCALE_FACTOR"] = std::to_string(scale());
-        return variables;
-    }
-
     void start() {
         program_ = ChildProcess({.command = {HALVENOR_PROGRAM}, .environment = environment()});
-        ASSERT_TRUE(comesTrue([&] { return display_.isShown("Halvenor"); }));
+        ASSERT_TRUE(appears());
         QThread::msleep(600);
     }
 
@@ -124,7 +111,6 @@ class EndToEnd : public testing::TestWithParam<int> {
         ASSERT_TRUE(
             display_.click("Halvenor", place.x * scale(), place.y * scale(), times, button));
     }
-    void press(const char* key) { ASSERT_TRUE(display_.press("Halvenor", key)); }
     void type(const QByteArray& text) { ASSERT_TRUE(display_.type(text.toStdString())); }
 
     // A picture of the window or, with what lies over it, of the screen.
@@ -154,36 +140,19 @@ class EndToEnd : public testing::TestWithParam<int> {
         return image.pixel(place.x * scale(), place.y * scale());
     }
 
-    std::string playerctl(std::vector<std::string> arguments) {
-        const std::string file = home_.path("playerctl.out").toStdString();
-        arguments.insert(arguments.begin(), {"playerctl", "-p", "halvenor"});
-        ChildProcess({.command = arguments, .environment = environment(), .outputFile = file})
-            .waitFor(20s);
-        std::ifstream reader(file);
-        std::string line;
-        std::getline(reader, line);
-        return line;
-    }
-    Settings settings() const { return Settings(home_.at("Halvenor/settings.json")); }
-
-    TemporaryFolder home_;
     Signal music_ = makeSong();
-    Display display_;
-    BusDaemon bus_;
-    SoundServer server_;
     QString pictures_;
-    ChildProcess program_;
 };
 
 TEST_P(EndToEnd, isUsedFromTheFirstStartToTheEnd) {
     start();
     picture(QStringLiteral("empty"));
     click(places::browse);
-    ASSERT_TRUE(comesTrue([&] { return display_.isShown("Add Folder"); }));
+    ASSERT_TRUE(appears("Add Folder"));
     ASSERT_TRUE(display_.focus("Add Folder"));
     type(home_.path("Music"));
     ASSERT_TRUE(display_.press("Add Folder", "Return"));
-    ASSERT_TRUE(comesTrue([&] { return !display_.isShown("Add Folder"); }));
+    ASSERT_TRUE(vanishes("Add Folder"));
     ASSERT_TRUE(comesTrue([&] { return settings().contains("LibraryFolderPaths"); }));
 
     // Down the tree by keys: Music, Glass Harbour, its first album.
@@ -195,10 +164,8 @@ TEST_P(EndToEnd, isUsedFromTheFirstStartToTheEnd) {
     }
     picture(QStringLiteral("folder"));
     click(places::thirdTrack, 2);
-    ASSERT_TRUE(comesTrue([&] { return playerctl({"status"}) == "Playing"; }));
-    EXPECT_TRUE(comesTrue([&] {
-        return playerctl({"metadata", "xesam:title"}) == "Low Light, High Tide";
-    })) << playerctl({"metadata", "xesam:title"});
+    ASSERT_TRUE(becomes({"status"}, "Playing"));
+    EXPECT_TRUE(becomes({"metadata", "xesam:title"}, "Low Light, High Tide"));
     press("l");
 
     for (size_t i = 0; i < themes.size(); ++i) {
@@ -232,19 +199,18 @@ TEST_P(EndToEnd, isUsedFromTheFirstStartToTheEnd) {
     }
     EXPECT_EQ(playerctl({"status"}), "Playing") << "through all of it";
     press("m");
-    EXPECT_TRUE(comesTrue([&] { return playerctl({"volume"}) == "0.000000"; }));
+    EXPECT_TRUE(becomes({"volume"}, "0.000000"));
     press("m");
-    EXPECT_TRUE(comesTrue([&] { return playerctl({"volume"}) == "1.000000"; }));
+    EXPECT_TRUE(becomes({"volume"}, "1.000000"));
 
     // Keys are places: on a Russian layout the key of H is another letter.
     display_.setKeyboardLayout("ru");
     ASSERT_TRUE(display_.pressKeyAt("Halvenor", 58));  // where M is
-    EXPECT_TRUE(comesTrue([&] { return playerctl({"volume"}) == "0.000000"; }));
+    EXPECT_TRUE(becomes({"volume"}, "0.000000"));
     display_.setKeyboardLayout("us");
 
     playerctl({"stop"});
-    program_.send(SIGTERM);
-    EXPECT_EQ(program_.waitFor(20s), 0);
+    end();
     EXPECT_EQ(settings().string("PlayerRepeatMode"), QStringLiteral("off"));
 }
 

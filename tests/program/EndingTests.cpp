@@ -1,6 +1,6 @@
 // The program plays, is ended from outside in every way there is, and is started again. What was
 // heard tells where it really was.
-#include <csignal>
+#include <sys/stat.h>
 #include <vector>
 
 #include "program/ProgramFixture.h"
@@ -10,7 +10,19 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class EndedBy : public ProgramTest, public testing::WithParamInterface<std::vector<int>> {};
+class EndingTest : public ProgramTest {
+  protected:
+    void expectItGoesOnFrom(double position) {
+        expectSettingsKept();
+        start();
+        playUntil(position + 0.5);
+        end();
+        EXPECT_GT(secondsHeardFrom(position), 0.4) << "it goes on at the very frame";
+        expectSettingsKept();
+    }
+};
+
+class EndedBy : public EndingTest, public testing::WithParamInterface<std::vector<int>> {};
 
 TEST_P(EndedBy, signalsItSavesEverythingAndGoesOnThereTheNextTime) {
     start();
@@ -23,14 +35,7 @@ TEST_P(EndedBy, signalsItSavesEverythingAndGoesOnThereTheNextTime) {
     const double heard = startPosition + secondsHeardFrom(startPosition);
     EXPECT_NEAR(position, heard, 0.1);
     RecordProperty("millisecondsOff", static_cast<int>(1000 * (heard - position)));
-    expectSettingsKept();
-
-    start();
-    playUntil(position + 0.5);
-    send(SIGTERM);
-    expectOrderlyEnd();
-    EXPECT_GT(secondsHeardFrom(position), 0.4) << "it goes on at the very frame";
-    expectSettingsKept();
+    expectItGoesOnFrom(position);
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, EndedBy,
@@ -42,10 +47,15 @@ INSTANTIATE_TEST_SUITE_P(Signals, EndedBy,
                                                          : sigabbrev_np(one.param[0]);
                          });
 
-TEST_F(ProgramTest, killedItHasLostASecondAtMostAndHadWrittenOnceASecond) {
+TEST_F(EndingTest, killedItHasLostASecondAtMostAndHadWrittenOnceASecond) {
     start();
     playUntil(startPosition + 0.1);
     QElapsedTimer sinceWrite;
+    const auto settingsInode = [&] {
+        struct stat status = {};
+        ::stat(home_.path("Halvenor/settings.json").constData(), &status);
+        return status.st_ino;
+    };
     ino_t last = settingsInode();
     for (int writes = 0; writes < 4; ++writes) {
         ASSERT_TRUE(comesTrue([&] { return settingsInode() != last; }));
@@ -62,43 +72,33 @@ TEST_F(ProgramTest, killedItHasLostASecondAtMostAndHadWrittenOnceASecond) {
     const double lost = startPosition + secondsHeardFrom(startPosition) - position;
     EXPECT_LT(lost, 2.5) << "a second, and what a busy machine adds";
     RecordProperty("millisecondsLost", static_cast<int>(1000 * lost));
-    expectSettingsKept();
-
-    start();
-    playUntil(position + 0.5);
-    send(SIGTERM);
-    expectOrderlyEnd();
-    EXPECT_GT(secondsHeardFrom(position), 0.4);
+    expectItGoesOnFrom(position);
 }
 
-TEST_F(ProgramTest, mutedItStaysMutedAndKeepsItsVolume) {
+TEST_F(EndingTest, mutedItStaysMutedAndKeepsItsVolume) {
     start();
     press("m");
     playUntil(startPosition + 0.5);
-    send(SIGTERM);
-    expectOrderlyEnd();
+    end();
     EXPECT_EQ(secondsHeardFrom(startPosition), 0);
-    EXPECT_EQ(Settings(settingsFile()).boolean("PlayerIsMuted"), true);
+    EXPECT_EQ(settings().boolean("PlayerIsMuted"), true);
     expectSettingsKept();
 
     start();
     playUntil(storedPosition() + 0.5);
     EXPECT_EQ(secondsHeardFrom(startPosition), 0);
     press("m");
-    ASSERT_TRUE(
-        comesTrue([&] { return Settings(settingsFile()).boolean("PlayerIsMuted") == false; }));
-    send(SIGTERM);
-    expectOrderlyEnd();
+    ASSERT_TRUE(comesTrue([&] { return settings().boolean("PlayerIsMuted") == false; }));
+    end();
     expectSettingsKept();
 }
 
-TEST_F(ProgramTest, itOutlivesItsTerminalWhereItWasToldTo) {
+TEST_F(EndingTest, itOutlivesItsTerminalWhereItWasToldTo) {
     start("trap '' HUP");
     playUntil(startPosition + 0.1);
     send(SIGHUP);
     EXPECT_EQ(program_.waitFor(500ms), std::nullopt);
-    send(SIGTERM);
-    expectOrderlyEnd();
+    end();
 }
 
 }  // namespace
