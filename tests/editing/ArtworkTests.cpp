@@ -18,17 +18,23 @@
 namespace halvenor::test {
 namespace {
 
-// A picture of one colour: few bytes, however large.
-QByteArray plainPicture(const char* format, int side) {
-    QImage image(side, side, QImage::Format_Mono);
-    image.fill(0);
+QByteArray written(const QImage& image, const char* format,
+                   QImageIOHandler::Transformations transformation = {}) {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
     QImageWriter writer(&buffer, format);
     writer.setCompression(1);
+    writer.setTransformation(transformation);
     EXPECT_TRUE(writer.write(image));
     return bytes;
+}
+
+// A picture of one colour: few bytes, however large.
+QByteArray plainPicture(const char* format, int side) {
+    QImage image(side, side, QImage::Format_Mono);
+    image.fill(0);
+    return written(image, format);
 }
 
 class ArtworkImportTest : public AppStateFixture {
@@ -40,11 +46,20 @@ class ArtworkImportTest : public AppStateFixture {
         ASSERT_TRUE(*editor_.isImportingArtwork);
         ASSERT_TRUE(spinUntil([&] { return !*editor_.isImportingArtwork; }));
     }
+    /// @param bytes as they are; empty: what was taken was made a PNG
+    void expectTaken(const QString& name, const QByteArray& bytes) {
+        EXPECT_EQ(*editor_.selectedArtworkFileName, name);
+        ASSERT_TRUE(editor_.selectedArtworkData->has_value());
+        const QByteArray taken = **editor_.selectedArtworkData;
+        EXPECT_TRUE(bytes.isEmpty() ? taken.startsWith("\x89PNG") : taken == bytes);
+        EXPECT_FALSE(QImage::fromData(taken).isNull());
+    }
 };
 
 TEST_F(ArtworkImportTest, takesImageFilesAndTellsWhatIsNone) {
     makeFile("notes.txt", "text");
     makeFile("cover.jpg", "text");
+    makeFile("half.jpg", "\xFF\xD8\xFF");
     makeFile("empty.png", {});
     makeFile("front.png", picture("png"));
     makeFile("no extension", picture("jpeg"));
@@ -62,6 +77,7 @@ TEST_F(ArtworkImportTest, takesImageFilesAndTellsWhatIsNone) {
     const Case cases[] = {
         {"notes.txt", QStringLiteral("Please select an image file, not notes.txt."), {}},
         {"cover.jpg", unsupported, {}},
+        {"half.jpg", unsupported, {}},
         {"empty.png", unsupported, {}},
         {"gone.png", unreadable, {}},
         {"gone", QStringLiteral("Please select an image file, not gone."), {}},
@@ -73,16 +89,15 @@ TEST_F(ArtworkImportTest, takesImageFilesAndTellsWhatIsNone) {
         {"name \xFF.webp", {}, {}},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
         editor_.changeArtwork(std::nullopt);
         editor_.loadArtwork(folder(c.name));
         finishImport();
-        EXPECT_EQ(message(), c.message) << c.name;
-        ASSERT_EQ(editor_.selectedArtworkData->has_value(), c.message.isEmpty()) << c.name;
+        EXPECT_EQ(message(), c.message);
         if (c.message.isEmpty()) {
-            EXPECT_EQ(*editor_.selectedArtworkFileName, displayText(c.name));
-            const QByteArray taken = **editor_.selectedArtworkData;
-            EXPECT_TRUE(c.taken.isEmpty() ? taken.startsWith("\x89PNG") : taken == c.taken)
-                << c.name;
+            expectTaken(displayText(c.name), c.taken);
+        } else {
+            EXPECT_FALSE(editor_.selectedArtworkData->has_value());
         }
     }
 }
@@ -91,63 +106,51 @@ TEST_F(ArtworkImportTest, pastesTheFirstOfWhatTheClipboardHas) {
     makeFile("a.png", picture("png", 4));
     const QByteArray list =
         "# a comment\r\nhttp://127.0.0.1/x.png\r\n" + folder("a.png").encoded() + "\r\n";
-    const auto all = [&](QMimeData& data) {
-        data.setImageData(QImage(2, 2, QImage::Format_RGB32));
-        data.setData(QStringLiteral("text/uri-list"), list);
-        data.setText(QStringLiteral("text"));
-    };
+    using Format = std::pair<const char*, QByteArray>;
+    const Format text{"text/plain", "text"};
+    const Format files{"text/uri-list", list};
+    const Format drawing{"image/svg+xml", "<svg/>"};
+    const Format jpeg{"image/jpeg", picture("jpeg", 3)};
+    const Format tiff{"image/tiff", picture("tiff", 2)};
+    const Format png{"image/png", picture("png", 1)};
     struct Case {
         const char* what;
-        std::function<void(QMimeData&)> fill;
+        std::vector<Format> formats;
+        bool hasImage;
         std::optional<QString> name;
         QByteArray taken;  // empty: some PNG
     };
     const QString clipboard = QStringLiteral("Clipboard");
     const Case cases[] = {
-        {"everything",
-         [&](QMimeData& data) {
-             all(data);
-             data.setData(QStringLiteral("image/jpeg"), picture("jpeg", 3));
-             data.setData(QStringLiteral("image/tiff"), picture("tiff", 2));
-             data.setData(QStringLiteral("image/png"), picture("png", 1));
-         },
-         clipboard, picture("png", 1)},
+        {"everything", {files, text, jpeg, tiff, png}, true, clipboard, png.second},
         {"TIFF before others",
-         [&](QMimeData& data) {
-             all(data);
-             data.setData(QStringLiteral("image/jpeg"), picture("jpeg", 3));
-             data.setData(QStringLiteral("image/tiff"), picture("tiff", 2));
-         },
-         clipboard, *normalizedArtworkData(picture("tiff", 2))},
-        {"another kind, byte for byte",
-         [&](QMimeData& data) {
-             all(data);
-             data.setData(QStringLiteral("image/svg+xml"), "<svg/>");
-             data.setData(QStringLiteral("image/jpeg"), picture("jpeg", 3));
-         },
-         clipboard, picture("jpeg", 3)},
-        {"a decoded image before files", all, clipboard, {}},
-        {"the first file",
-         [&](QMimeData& data) { data.setData(QStringLiteral("text/uri-list"), list); },
-         QStringLiteral("a.png"), picture("png", 4)},
-        {"text", [](QMimeData& data) { data.setText(QStringLiteral("text")); }, {}, {}},
-        {"nothing", [](QMimeData&) {}, {}, {}},
+         {files, text, jpeg, tiff},
+         true,
+         clipboard,
+         *normalizedArtworkData(tiff.second)},
+        {"another kind, byte for byte", {files, text, drawing, jpeg}, true, clipboard, jpeg.second},
+        {"a decoded image before files", {files, text}, true, clipboard, {}},
+        {"the first file", {files}, false, QStringLiteral("a.png"), picture("png", 4)},
+        {"text", {text}, false, {}, {}},
+        {"nothing", {}, false, {}, {}},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
         QMimeData data;
-        c.fill(data);
+        for (const auto& [type, bytes] : c.formats) {
+            data.setData(QString::fromLatin1(type), bytes);
+        }
+        if (c.hasImage) {
+            data.setImageData(QImage(2, 2, QImage::Format_RGB32));
+        }
         editor_.changeArtwork(std::nullopt);
         editor_.pasteArtwork(data);
         if (!c.name) {
-            EXPECT_EQ(message(), QStringLiteral("The clipboard does not contain an image."))
-                << c.what;
+            EXPECT_EQ(message(), QStringLiteral("The clipboard does not contain an image."));
             continue;
         }
         finishImport();
-        EXPECT_EQ(*editor_.selectedArtworkFileName, c.name) << c.what;
-        ASSERT_TRUE(editor_.selectedArtworkData->has_value()) << c.what;
-        const QByteArray taken = **editor_.selectedArtworkData;
-        EXPECT_TRUE(c.taken.isEmpty() ? taken.startsWith("\x89PNG") : taken == c.taken) << c.what;
+        expectTaken(*c.name, c.taken);
     }
 }
 
@@ -192,13 +195,8 @@ TEST(ArtworkFormat, refusesWhatIsTooLargeBeforeItIsDecoded) {
 }
 
 TEST(ArtworkFormat, turnsAPictureTheWayItIsMeant) {
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, "tiff");
-    writer.setTransformation(QImageIOHandler::TransformationRotate90);
-    ASSERT_TRUE(writer.write(QImage(5, 4, QImage::Format_RGB32)));
-    const auto png = normalizedArtworkData(bytes);
+    const auto png = normalizedArtworkData(written(QImage(5, 4, QImage::Format_RGB32), "tiff",
+                                                   QImageIOHandler::TransformationRotate90));
     ASSERT_TRUE(png);
     EXPECT_EQ(QImage::fromData(*png).size(), QSize(4, 5));
 }

@@ -83,10 +83,10 @@ TEST_F(CoverSearchTest, theAlbumEditorAsksByItsFieldsAndThenByItsFirstTrack) {
     EXPECT_EQ(asks(bandless), "Singer First");
 
     const char* const refusal = "Artist and album are required to search Discogs.";
-    AlbumTagEditor artistless(state(), {track("", "First", "")}, discogs_);
-    EXPECT_EQ(asks(artistless), refusal);
-    AlbumTagEditor albumless(state(), {track("Singer", "", "")}, discogs_);
-    EXPECT_EQ(asks(albumless), refusal);
+    for (const Track& track : {track("", "First", ""), track("Singer", "", "")}) {
+        AlbumTagEditor editor(state(), {track}, discogs_);
+        EXPECT_EQ(asks(editor), refusal);
+    }
     AlbumTagEditor empty(state(), {}, discogs_);
     EXPECT_EQ(asks(empty), "before") << "nothing to search for, nothing said";
 }

@@ -1,11 +1,8 @@
 // The two editors of tags, from the fields to the files.
-#include <QBuffer>
-#include <QImage>
-
 #include <filesystem>
 
+#include "discogs/Pictures.h"
 #include "editing/AlbumTagEditor.h"
-#include "editing/ArtworkFormat.h"
 #include "editing/TrackTagEditor.h"
 #include "state/AppStateFixture.h"
 #include "support/MediaLibrary.h"
@@ -14,16 +11,6 @@
 
 namespace halvenor::test {
 namespace {
-
-QByteArray image(const char* format) {
-    QImage picture(3, 2, QImage::Format_RGB32);
-    picture.fill(Qt::darkCyan);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    picture.save(&buffer, format);
-    return bytes;
-}
 
 // An album of an MP3, a FLAC and a WAV file, open in the state.
 class EditorTest : public AppStateFixture {
@@ -41,6 +28,7 @@ class EditorTest : public AppStateFixture {
         ASSERT_EQ(state().playbackQueue->size(), 3);
     }
     QList<Track> shown() { return {state().playbackQueue->begin(), state().playbackQueue->end()}; }
+    Track shown(qsizetype row) { return state().playbackQueue->at(row); }
     Track stored(const QByteArray& relative) {
         return runToCompletion(TagService::shared().readMetadata(folder(relative)));
     }
@@ -69,26 +57,26 @@ TEST_F(EditorTest, theAlbumEditorSetsWhatWasTypedAndKeepsWhatDiffered) {
     EXPECT_TRUE(editor.yearWasMultiple());
     editor.artist.text = QStringLiteral("Everyone");
     editor.year = QStringLiteral(" +2001\n");
-    editor.changeArtwork(image("PNG"), QStringLiteral("front.png"));
+    editor.changeArtwork(picture("png"), QStringLiteral("front.png"));
     EXPECT_TRUE(saves(editor)) << editor.errorMessage->value_or(QString()).toStdString();
 
     for (const char* name : {"m/a.mp3", "m/b.flac"}) {
         const Track track = stored(name);
         EXPECT_EQ(track.artist(), QStringLiteral("Everyone")) << name;
         EXPECT_EQ(track.year(), 2001) << name;
-        EXPECT_EQ(track.artworkData().bytes(), image("PNG")) << name;
+        EXPECT_EQ(track.artworkData().bytes(), picture("png")) << name;
     }
     EXPECT_EQ(stored("m/a.mp3").album(), QStringLiteral("First"));
     EXPECT_EQ(stored("m/a.mp3").title(), QStringLiteral("One"));
-    EXPECT_EQ(state().playbackQueue->at(0).artist(), QStringLiteral("Everyone"));
-    EXPECT_NE(state().playbackQueue->at(2).artist(), QStringLiteral("Everyone")) << "the WAV";
+    EXPECT_EQ(shown(0).artist(), QStringLiteral("Everyone"));
+    EXPECT_NE(shown(2).artist(), QStringLiteral("Everyone")) << "the WAV";
 
-    AlbumTagEditor again(state(), {state().playbackQueue->at(0)});
+    AlbumTagEditor again(state(), {shown(0)});
     EXPECT_EQ(again.year, QStringLiteral("2001"));
     again.album.text.clear();  // Not multiple: an emptied field blanks the tag.
     again.year.clear();
     EXPECT_TRUE(saves(again));
-    EXPECT_EQ(state().playbackQueue->at(0).album(), QString());
+    EXPECT_EQ(shown(0).album(), QString());
     EXPECT_EQ(stored("m/a.mp3").year(), 2001);
 }
 
@@ -100,7 +88,7 @@ TEST_F(EditorTest, badYearsAndUnwritableFoldersWriteNothing) {
         EXPECT_FALSE(saves(editor)) << year;
         EXPECT_EQ(*editor.errorMessage, QStringLiteral("Year must contain four digits.")) << year;
     }
-    AlbumTagEditor onlyWav(state(), {state().playbackQueue->at(2)});
+    AlbumTagEditor onlyWav(state(), {shown(2)});
     EXPECT_FALSE(saves(onlyWav));
     EXPECT_EQ(*onlyWav.errorMessage,
               QStringLiteral("This folder contains no writable MP3 or FLAC files."));
@@ -115,14 +103,14 @@ TEST_F(EditorTest, failuresAreToldAndDoNotStopTheOthers) {
         fields.url = folder("n").appendingPathComponent(name);
         tracks.append(Track(fields));
     }
-    tracks.insert(1, state().playbackQueue->at(0));
+    tracks.insert(1, shown(0));
     AlbumTagEditor editor(state(), tracks);
     editor.album.text = QStringLiteral("Second");
     EXPECT_FALSE(saves(editor));
     EXPECT_EQ(*editor.errorMessage,
               QStringLiteral("Could not update 4 file(s): gone 1.mp3, gone 2.mp3, gone 3.flac"));
     EXPECT_EQ(stored("m/a.mp3").album(), QStringLiteral("Second"));
-    EXPECT_EQ(state().playbackQueue->at(0).album(), QStringLiteral("Second"));
+    EXPECT_EQ(shown(0).album(), QStringLiteral("Second"));
     EXPECT_FALSE(itemExists(folder("n/gone 1.mp3")));
 }
 
@@ -138,7 +126,7 @@ TEST_F(EditorTest, theTrackEditorTakesTheSelectionOrTheCurrentTrack) {
         EXPECT_EQ(stored("m/a.mp3").artist(), QStringLiteral("Ada")) << "differed, left empty";
         EXPECT_EQ(stored("m/b.flac").album(), QStringLiteral("Shared"));
     }
-    state().play(state().playbackQueue->at(0));
+    state().play(shown(0));
     ASSERT_TRUE(spinUntil([&] { return state().selectedTrack->has_value(); }));
     select({});
     TrackTagEditor one(state());
@@ -154,7 +142,7 @@ TEST_F(EditorTest, theTrackEditorTakesTheSelectionOrTheCurrentTrack) {
 }
 
 TEST_F(EditorTest, aFileThatWasTaggedAndThenMovedIsStillFollowed) {
-    state().toggleFavorite(state().playbackQueue->at(0));
+    state().toggleFavorite(shown(0));
     const auto checks = [&] { return *state().finishedRelocationChecks; };
     ASSERT_TRUE(spinUntil([&] { return state().relocationStore().records().size() == 2; }));
     AlbumTagEditor editor(state(), shown());
@@ -166,18 +154,6 @@ TEST_F(EditorTest, aFileThatWasTaggedAndThenMovedIsStillFollowed) {
     state().checkRelocations();
     ASSERT_TRUE(spinUntil([&] { return checks() > before; }));
     EXPECT_EQ(*state().favoriteTrackPaths, QSet<QByteArray>{folder("m/moved.mp3").path()});
-}
-
-TEST(ArtworkFormat, takesJpegAndPngAsTheyAreAndTheRestAsPng) {
-    EXPECT_EQ(normalizedArtworkData(image("JPG")), image("JPG"));
-    EXPECT_EQ(normalizedArtworkData(image("PNG")), image("PNG"));
-    const auto fromBmp = normalizedArtworkData(image("BMP"));
-    ASSERT_TRUE(fromBmp);
-    EXPECT_TRUE(fromBmp->startsWith("\x89PNG"));
-    EXPECT_EQ(QImage::fromData(*fromBmp).size(), QSize(3, 2));
-    for (const QByteArray& bytes : {QByteArray(), QByteArray("text"), QByteArray("\xFF\xD8\xFF")}) {
-        EXPECT_FALSE(normalizedArtworkData(bytes)) << bytes.toStdString();
-    }
 }
 
 }  // namespace
