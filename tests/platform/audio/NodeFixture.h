@@ -1,6 +1,7 @@
 #pragma once
 
-#include <atomic>
+#include <algorithm>
+#include <gmock/gmock.h>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -12,6 +13,13 @@
 #include "support/MemoryFile.h"
 
 namespace halvenor::test {
+
+/// Where two recordings part, in samples; -1 when they are the same. Readable where a matcher would
+/// print a million numbers.
+inline int64_t firstDifference(const std::vector<float>& a, const std::vector<float>& b) {
+    const auto [first, second] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
+    return first == a.end() && second == b.end() ? -1 : first - a.begin();
+}
 
 /// A node on an output pulled by hand, and a record of the handlers that it called.
 struct NodeFixture {
@@ -52,6 +60,11 @@ struct NodeFixture {
         } while (output->play(portion) > 0);
         // The node lets a resampler out when the end is near, so look once more after a pause.
         node.waitUntilIdle();
+    }
+    /// Plays to the end. All that was ever heard must be this, sample by sample.
+    void expectHeard(const std::vector<float>& expected, int64_t portion = 4096) {
+        playToEnd(portion);
+        EXPECT_EQ(firstDifference(output->heard(), expected), -1);
     }
 
     std::mutex mutex;

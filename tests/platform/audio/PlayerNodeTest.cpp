@@ -5,7 +5,6 @@
 #include <random>
 
 #include "NodeFixture.h"
-#include "base/Error.h"
 #include "platform/audio/FormatConverter.h"
 
 using namespace halvenor;
@@ -30,18 +29,14 @@ std::vector<float> resampledInOnePass(const std::vector<float>& samples, AudioFo
     return output;
 }
 
-/// Where two recordings part, in samples; -1 when they are the same. Readable where a matcher would
-/// print a million numbers.
-int64_t firstDifference(const std::vector<float>& a, const std::vector<float>& b) {
-    const auto [first, second] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
-    return first == a.end() && second == b.end() ? -1 : first - a.begin();
-}
-
 struct JoinCase {
     const char* name;
     AudioFormat output;
     int64_t portion;
 };
+
+struct PlayerNodeTest : testing::Test, NodeFixture {};
+using AudioEngineTest = PlayerNodeTest;
 
 class Joins : public testing::TestWithParam<JoinCase> {};
 
@@ -55,12 +50,8 @@ TEST_P(Joins, AddLoseAndChangeNothing) {
     NodeFixture fixture(format);
     fixture.schedule(files);
     fixture.start();
-    fixture.playToEnd(portion);
-
     const std::vector<float> all = concatenation(files);
-    const std::vector<float> expected = format == cd ? all : resampledInOnePass(all, cd, format);
-    EXPECT_EQ(fixture.output->heard().size(), expected.size());
-    EXPECT_EQ(firstDifference(fixture.output->heard(), expected), -1);
+    fixture.expectHeard(format == cd ? all : resampledInOnePass(all, cd, format), portion);
     EXPECT_EQ(fixture.completions().size(), files.size());
 }
 
@@ -84,11 +75,7 @@ TEST(PlayerNode, JoinsFilesThatAreScheduledAfterTheOneBeforeWasDecoded) {
     fixture.output->play(48000 * 6 / 10);
     fixture.node.waitUntilIdle();
     fixture.schedule(second);
-    fixture.playToEnd();
-
-    EXPECT_EQ(firstDifference(fixture.output->heard(),
-                              resampledInOnePass(concatenation({first, second}), cd, dvd)),
-              -1);
+    fixture.expectHeard(resampledInOnePass(concatenation({first, second}), cd, dvd));
 }
 
 TEST(PlayerNode, DrainsTheResamplerWhenNothingFollowsSoon) {
@@ -191,83 +178,64 @@ TEST(PlayerNode, PlaysSegments) {
     for (const Case& c :
          {Case{100, 50, 100, 50}, Case{0, 1000, 0, 1000}, Case{999, 1, 999, 1},
           Case{500, 4294967295, 500, 500}, Case{1000, 10, 0, 0}, Case{10, 0, 0, 0}}) {
+        SCOPED_TRACE(c.start);
         NodeFixture fixture;
         const auto file = makeNoise(cd, 1000, 1);
         fixture.node.scheduleSegment(file, c.start, c.count, fixture.handler("segment"));
         const auto next = makeNoise(cd, 10, 2);
         fixture.schedule(next, "next");
         fixture.start();
-        fixture.playToEnd();
         std::vector<float> expected(
             file->samples().begin() + c.expectedStart * 2,
             file->samples().begin() + (c.expectedStart + c.expectedCount) * 2);
         expected.insert(expected.end(), next->samples().begin(), next->samples().end());
-        EXPECT_EQ(firstDifference(fixture.output->heard(), expected), -1) << c.start;
+        fixture.expectHeard(expected);
         EXPECT_THAT(fixture.completions(), ElementsAre("segment", "next"));
     }
 }
 
-TEST(PlayerNode, CompletesAFileWhenItsLastFrameWasHeard) {
-    NodeFixture fixture;
-    fixture.schedule(makeNoise(cd, 1000, 1), "a");
-    fixture.schedule(makeNoise(cd, 1000, 2), "b");
-    fixture.start();
-    fixture.output->pull(2000);
-    EXPECT_THAT(fixture.completions(), IsEmpty()) << "handed over is not heard";
-    fixture.output->hear(999);
-    EXPECT_THAT(fixture.completions(), IsEmpty());
-    fixture.output->hear(1);
-    EXPECT_THAT(fixture.completions(), ElementsAre("a"));
-    fixture.output->hear(1000);
-    EXPECT_THAT(fixture.completions(), ElementsAre("a", "b"));
-    EXPECT_EQ(fixture.node.sampleTime(), 2000);
+TEST_F(PlayerNodeTest, CompletesAFileWhenItsLastFrameWasHeard) {
+    schedule(makeNoise(cd, 1000, 1), "a");
+    schedule(makeNoise(cd, 1000, 2), "b");
+    start();
+    output->pull(2000);
+    EXPECT_THAT(completions(), IsEmpty()) << "handed over is not heard";
+    output->hear(999);
+    EXPECT_THAT(completions(), IsEmpty());
+    output->hear(1);
+    EXPECT_THAT(completions(), ElementsAre("a"));
+    output->hear(1000);
+    EXPECT_THAT(completions(), ElementsAre("a", "b"));
+    EXPECT_EQ(node.sampleTime(), 2000);
 }
 
-TEST(PlayerNode, StandsStillInPause) {
-    NodeFixture fixture;
-    const auto file = makeNoise(cd, 5000, 1);
-    fixture.schedule(file);
-    fixture.start();
-    fixture.output->pull(2000);
-    fixture.output->hear(700);
-    fixture.node.pause();
-    EXPECT_EQ(fixture.output->play(500), 0);
-    EXPECT_EQ(fixture.node.sampleTime(), 700);
-    fixture.node.play();
-    fixture.playToEnd();
-    EXPECT_EQ(firstDifference(fixture.output->heard(), file->samples()), -1);
-}
-
-TEST(PlayerNode, StopDropsEverythingAndCallsEachHandlerOnce) {
-    NodeFixture fixture;
-    EXPECT_EQ(fixture.node.sampleTime(), std::nullopt);
-    fixture.schedule(makeNoise(cd, 100, 1), "a");
-    fixture.schedule(makeNoise(cd, 900000, 2), "b");
-    fixture.schedule(makeNoise(cd, 100, 3), "c");
-    fixture.start();
-    fixture.output->play(150);
-    EXPECT_THAT(fixture.completions(), ElementsAre("a"));
-    fixture.node.stop();
-    EXPECT_THAT(fixture.completions(), ElementsAre("a", "b", "c"));
-    EXPECT_EQ(fixture.node.sampleTime(), std::nullopt);
-    EXPECT_FALSE(fixture.output->isRunning);
+TEST_F(PlayerNodeTest, StopDropsEverythingAndCallsEachHandlerOnce) {
+    EXPECT_EQ(node.sampleTime(), std::nullopt);
+    schedule(makeNoise(cd, 100, 1), "a");
+    schedule(makeNoise(cd, 900000, 2), "b");
+    schedule(makeNoise(cd, 100, 3), "c");
+    start();
+    output->play(150);
+    EXPECT_THAT(completions(), ElementsAre("a"));
+    node.stop();
+    EXPECT_THAT(completions(), ElementsAre("a", "b", "c"));
+    EXPECT_EQ(node.sampleTime(), std::nullopt);
+    EXPECT_FALSE(output->isRunning);
 
     // A pause does not start a stopped node, and a new schedule begins at frame 0.
-    fixture.node.pause();
-    EXPECT_EQ(fixture.node.sampleTime(), std::nullopt);
+    node.pause();
+    EXPECT_EQ(node.sampleTime(), std::nullopt);
     const auto next = makeNoise(cd, 3000, 4);
-    fixture.schedule(next, "d");
-    fixture.node.play();
-    EXPECT_EQ(fixture.node.sampleTime(), 0);
-    fixture.playToEnd();
-    const std::vector<float> tail(fixture.output->heard().begin() + 300,
-                                  fixture.output->heard().end());
+    schedule(next, "d");
+    node.play();
+    EXPECT_EQ(node.sampleTime(), 0);
+    playToEnd();
+    const std::vector<float> tail(output->heard().begin() + 300, output->heard().end());
     EXPECT_EQ(firstDifference(tail, next->samples()), -1);
-    EXPECT_THAT(fixture.completions(), ElementsAre("a", "b", "c", "d"));
+    EXPECT_THAT(completions(), ElementsAre("a", "b", "c", "d"));
 }
 
-TEST(PlayerNode, PlaysOnBehindFilesThatFail) {
-    NodeFixture fixture;
+TEST_F(PlayerNodeTest, PlaysOnBehindFilesThatFail) {
     const auto broken = makeNoise(cd, 1000, 1);
     broken->failsAt = 300;
     const auto shorter = makeNoise(cd, 500, 2);
@@ -275,21 +243,19 @@ TEST(PlayerNode, PlaysOnBehindFilesThatFail) {
     const auto longer = makeNoise(cd, 500, 3);
     longer->claimedLength = 20;
     const auto senseless = std::make_shared<MemoryFile>(AudioFormat{0, 2}, std::vector<float>{});
-    fixture.schedule(broken, "broken");
-    fixture.schedule(shorter, "shorter");
-    fixture.schedule(senseless, "senseless");
-    fixture.schedule(longer, "longer");
-    fixture.start();
-    fixture.playToEnd();
+    schedule(broken, "broken");
+    schedule(shorter, "shorter");
+    schedule(senseless, "senseless");
+    schedule(longer, "longer");
+    start();
     std::vector<float> expected(broken->samples().begin(), broken->samples().begin() + 600);
     const std::vector<float> rest = concatenation({shorter, longer});
     expected.insert(expected.end(), rest.begin(), rest.end());
-    EXPECT_EQ(firstDifference(fixture.output->heard(), expected), -1);
-    EXPECT_THAT(fixture.completions(), ElementsAre("broken", "shorter", "senseless", "longer"));
+    expectHeard(expected);
+    EXPECT_THAT(completions(), ElementsAre("broken", "shorter", "senseless", "longer"));
 }
 
-TEST(PlayerNode, ChangesTheVolumeOfWhatWasPulledWithoutAClickOrAShift) {
-    NodeFixture fixture;
+TEST_F(PlayerNodeTest, ChangesTheVolumeOfWhatWasPulledWithoutAClickOrAShift) {
     // A steady level shows each step of the gain by itself; a ramp in the second channel shows
     // where the frames are.
     std::vector<float> samples;
@@ -297,19 +263,19 @@ TEST(PlayerNode, ChangesTheVolumeOfWhatWasPulledWithoutAClickOrAShift) {
         samples.push_back(0.5F);
         samples.push_back(static_cast<float>(i) / 65536.0F);
     }
-    fixture.schedule(std::make_shared<MemoryFile>(cd, samples));
-    fixture.start();
+    schedule(std::make_shared<MemoryFile>(cd, samples));
+    start();
     for (const float volume : {0.3F, 0.9F, 0.0F, 0.55F, 1.0F}) {
-        fixture.node.waitUntilIdle();
-        fixture.output->pull(8000);
-        fixture.output->hear(150);  // a ramp is on its way when the next change comes
-        fixture.node.setVolume(volume);
+        node.waitUntilIdle();
+        output->pull(8000);
+        output->hear(150);  // a ramp is on its way when the next change comes
+        node.setVolume(volume);
     }
-    fixture.output->hear(5000);
-    EXPECT_EQ(fixture.output->rerenderCount, 5);
-    fixture.playToEnd();
+    output->hear(5000);
+    EXPECT_EQ(output->rerenderCount, 5);
+    playToEnd();
 
-    const std::vector<float>& heard = fixture.output->heard();
+    const std::vector<float>& heard = output->heard();
     ASSERT_EQ(heard.size(), samples.size());
     float largestStep = 0;
     float lowest = 1;
@@ -326,45 +292,42 @@ TEST(PlayerNode, ChangesTheVolumeOfWhatWasPulledWithoutAClickOrAShift) {
     EXPECT_TRUE(std::equal(heard.begin() + settled, heard.end(), samples.begin() + settled));
 }
 
-TEST(PlayerNode, BeginsAtTheVolumeThatWasSet) {
-    NodeFixture fixture;
-    fixture.node.setVolume(0.5F);
-    fixture.schedule(std::make_shared<MemoryFile>(cd, std::vector<float>(2000, 0.5F)));
-    fixture.start();
-    fixture.playToEnd();
-    EXPECT_THAT(fixture.output->heard(), testing::Each(0.25F));
+TEST_F(PlayerNodeTest, BeginsAtTheVolumeThatWasSet) {
+    node.setVolume(0.5F);
+    schedule(std::make_shared<MemoryFile>(cd, std::vector<float>(2000, 0.5F)));
+    start();
+    playToEnd();
+    EXPECT_THAT(output->heard(), testing::Each(0.25F));
 }
 
-TEST(PlayerNode, GivesAgainWhatALostServerHeld) {
-    NodeFixture fixture;
+TEST_F(PlayerNodeTest, GivesAgainWhatALostServerHeld) {
     const auto file = makeNoise(cd, 44100 * 12, 1);
-    fixture.schedule(file, "a");
-    fixture.start();
+    schedule(file, "a");
+    start();
     std::minstd_rand random(3);
-    while (fixture.output->framesHeard() < file->frames()) {
-        fixture.node.waitUntilIdle();
-        const int64_t room = 44100 * 3 - fixture.output->framesWaiting();
-        fixture.output->pull(std::min<int64_t>(room, random() % 90000));
-        fixture.output->hear(static_cast<int64_t>(random() % 60000));
+    while (output->framesHeard() < file->frames()) {
+        node.waitUntilIdle();
+        const int64_t room = 44100 * 3 - output->framesWaiting();
+        output->pull(std::min<int64_t>(room, random() % 90000));
+        output->hear(static_cast<int64_t>(random() % 60000));
         if (random() % 3 == 0) {
-            fixture.output->loseDevice();
+            output->loseDevice();
         }
     }
-    EXPECT_EQ(firstDifference(fixture.output->heard(), file->samples()), -1);
-    EXPECT_THAT(fixture.completions(), ElementsAre("a"));
+    EXPECT_EQ(firstDifference(output->heard(), file->samples()), -1);
+    EXPECT_THAT(completions(), ElementsAre("a"));
 }
 
-TEST(PlayerNode, DecodesAheadOnlySoFar) {
-    NodeFixture fixture;
+TEST_F(PlayerNodeTest, DecodesAheadOnlySoFar) {
     const auto file = makeNoise(cd, 44100 * 30, 1);
-    fixture.schedule(file);
-    fixture.start();
+    schedule(file);
+    start();
     EXPECT_EQ(file->framesRead, 44100 * 4);
-    fixture.output->play(44100);
-    fixture.node.waitUntilIdle();
+    output->play(44100);
+    node.waitUntilIdle();
     EXPECT_EQ(file->framesRead, 44100 * 4) << "refills come in large pieces";
-    fixture.output->play(44100 + 1);
-    fixture.node.waitUntilIdle();
+    output->play(44100 + 1);
+    node.waitUntilIdle();
     EXPECT_EQ(file->framesRead, 44100 * 6 + 1);
 }
 
@@ -402,28 +365,15 @@ TEST(AudioEngine, KeepsWhatWasScheduledBeforeItStartedAndWhileItIsStopped) {
     }
 }
 
-TEST(AudioEngine, TellsWhyItCannotStartAndTriesAgain) {
-    NodeFixture fixture;
-    fixture.output->openFailure = "No sound server is running.";
-    EXPECT_THROW(fixture.engine->start(), Error);
-    EXPECT_FALSE(fixture.engine->isRunning());
-    fixture.output->openFailure.clear();
-    fixture.engine->start();
-    EXPECT_TRUE(fixture.engine->isRunning());
-    fixture.engine->start();
-    EXPECT_EQ(fixture.output->openCount, 2);
-}
-
-TEST(AudioEngine, PostsAChangeOfConfigurationToTheMainThread) {
-    NodeFixture fixture;
+TEST_F(AudioEngineTest, PostsAChangeOfConfigurationToTheMainThread) {
     int changes = 0;
-    fixture.engine->onConfigurationChange = [&] { ++changes; };
-    fixture.output->onConfigurationChange();
+    engine->onConfigurationChange = [&] { ++changes; };
+    output->onConfigurationChange();
     EXPECT_EQ(changes, 0);
     QCoreApplication::processEvents();
     EXPECT_EQ(changes, 1);
-    fixture.output->onConfigurationChange();
-    fixture.engine.reset();
+    output->onConfigurationChange();
+    engine.reset();
     QCoreApplication::processEvents();
     EXPECT_EQ(changes, 1);
 }
