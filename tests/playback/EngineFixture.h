@@ -4,6 +4,7 @@
 #include <QFile>
 
 #include <algorithm>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <map>
 #include <memory>
@@ -107,6 +108,18 @@ inline std::vector<float> operator+(std::vector<float> a, const std::vector<floa
 inline int64_t firstDifference(const std::vector<float>& a, const std::vector<float>& b) {
     const auto [first, second] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
     return first == a.end() && second == b.end() ? -1 : first - a.begin();
+}
+
+/// The names of the second names that stand in the folder for them.
+inline std::vector<std::string> aliases() {
+    std::vector<std::string> names;
+    const std::string directory = PlaybackAlias::directory().path().toStdString();
+    if (std::filesystem::exists(directory)) {
+        for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+            names.push_back(entry.path().filename());
+        }
+    }
+    return names;
 }
 
 /// The engine on an output pulled by hand, with files whose samples lie in memory.

@@ -1,14 +1,11 @@
 #include <filesystem>
 #include <fstream>
-#include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
-#include "base/Error.h"
+#include "EngineFixture.h"
 #include "playback/PlaybackFile.h"
-#include "support/MemoryFile.h"
-#include "support/TemporaryFolder.h"
 
 using namespace halvenor;
 using namespace halvenor::test;
@@ -35,16 +32,6 @@ class PlaybackFileTest : public testing::Test {
             }
             return makeNoise({44100, 2}, 10, 1);
         };
-    }
-    static std::vector<std::string> aliases() {
-        std::vector<std::string> names;
-        const std::string directory = PlaybackAlias::directory().path().toStdString();
-        if (std::filesystem::exists(directory)) {
-            for (const auto& entry : std::filesystem::directory_iterator(directory)) {
-                names.push_back(entry.path().filename());
-            }
-        }
-        return names;
     }
     std::string failureOf(const FileUrl& url) {
         try {
