@@ -16,9 +16,6 @@ namespace {
 
 using test::contentsOf;
 using test::imageOf;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::IsSupersetOf;
 
 class CoverFilesTest : public testing::Test {
   protected:
@@ -76,16 +73,6 @@ TEST_F(CoverFilesTest, whatADeadProcessLeftIsRemovedAndNothingElse) {
     EXPECT_EQ(files(), expected);
     EXPECT_EQ(contentsOf(folder_.at("precious")), "kept");
     EXPECT_EQ(contentsOf(*ofLiving), image_);
-}
-
-TEST_F(CoverFilesTest, theEndRemovesAll) {
-    {
-        CoverFiles ours(covers());
-        ours.put(image_);
-        ours.put(imageOf(Qt::blue));
-        EXPECT_EQ(files().size(), 3U);
-    }
-    EXPECT_THAT(files(), IsEmpty());
 }
 
 }  // namespace

@@ -5,66 +5,49 @@
 #include <QXmlStreamReader>
 
 #include <limits>
-#include <map>
 
 #include "MprisFixture.h"
 #include "support/EventLoop.h"
 
-namespace halvenor {
+namespace halvenor::test {
 namespace {
 
 using namespace std::chrono_literals;
-using test::makeTrack;
-using test::MprisTest;
-using test::signatureOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 constexpr qlonglong second = 1'000'000;
 constexpr qlonglong farthest = std::numeric_limits<qlonglong>::max();
 
-QString text(const char* latin) {
-    return QString::fromLatin1(latin);
-}
-
 TEST_F(MprisTest, everyPropertyIsThereWithItsType) {
     service().updateNowPlaying(makeTrack(text("One")), 60, 200, false);
     ASSERT_TRUE(start());
-    const std::map<QString, QString> root = {{text("CanQuit"), text("b")},
-                                             {text("CanRaise"), text("b")},
-                                             {text("HasTrackList"), text("b")},
-                                             {text("Identity"), text("s")},
-                                             {text("DesktopEntry"), text("s")},
-                                             {text("SupportedUriSchemes"), text("as")},
-                                             {text("SupportedMimeTypes"), text("as")}};
-    const std::map<QString, QString> player = {
-        {text("PlaybackStatus"), text("s")}, {text("LoopStatus"), text("s")},
-        {text("Rate"), text("d")},           {text("Shuffle"), text("b")},
-        {text("Metadata"), text("a{sv}")},   {text("Volume"), text("d")},
-        {text("Position"), text("x")},       {text("MinimumRate"), text("d")},
-        {text("MaximumRate"), text("d")},    {text("CanGoNext"), text("b")},
-        {text("CanGoPrevious"), text("b")},  {text("CanPlay"), text("b")},
-        {text("CanPause"), text("b")},       {text("CanSeek"), text("b")},
-        {text("CanControl"), text("b")}};
     const auto typesOf = [this](const QString& interface) {
-        std::map<QString, QString> types;
+        std::vector<std::string> types;
         const QVariantMap values = properties(interface);
         for (auto value = values.begin(); value != values.end(); ++value) {
-            types[value.key()] = signatureOf(value.value());
+            types.push_back((value.key() + text(" ") + signatureOf(value.value())).toStdString());
         }
         return types;
     };
-    EXPECT_EQ(typesOf(rootInterface), root);
-    EXPECT_EQ(typesOf(playerInterface), player);
+    EXPECT_THAT(
+        typesOf(rootInterface),
+        UnorderedElementsAre("CanQuit b", "CanRaise b", "HasTrackList b", "Identity s",
+                             "DesktopEntry s", "SupportedUriSchemes as", "SupportedMimeTypes as"));
+    EXPECT_THAT(typesOf(playerInterface),
+                UnorderedElementsAre("PlaybackStatus s", "LoopStatus s", "Rate d", "Shuffle b",
+                                     "Metadata a{sv}", "Volume d", "Position x", "MinimumRate d",
+                                     "MaximumRate d", "CanGoNext b", "CanGoPrevious b", "CanPlay b",
+                                     "CanPause b", "CanSeek b", "CanControl b"));
 }
 
 TEST_F(MprisTest, introspectionNamesEveryMemberWithItsArguments) {
     ASSERT_TRUE(start());
     const QDBusMessage answer =
         client_->call(name_, path, text("org.freedesktop.DBus.Introspectable"), text("Introspect"));
-    std::map<QString, QString> members;
+    std::vector<std::string> members;
     QString interface;
-    QString member;
     QXmlStreamReader xml(answer.arguments().value(0).toString());
     while (!xml.atEnd()) {
         if (xml.readNext() != QXmlStreamReader::StartElement) {
@@ -74,39 +57,14 @@ TEST_F(MprisTest, introspectionNamesEveryMemberWithItsArguments) {
         if (xml.name() == text("interface")) {
             interface = name;
         } else if (xml.name() == text("method") || xml.name() == text("signal")) {
-            member = name;
-            members[member];
+            members.push_back(name.toStdString() + " ");
         } else if (xml.name() == text("arg") && interface.startsWith(text("org.mpris"))) {
-            members[member] += xml.attributes().value(text("type"));
+            members.back() += xml.attributes().value(text("type")).toString().toStdString();
         }
     }
-    for (const auto& [name, arguments] : std::map<const char*, const char*>{{"Raise", ""},
-                                                                            {"Quit", ""},
-                                                                            {"Next", ""},
-                                                                            {"Previous", ""},
-                                                                            {"Pause", ""},
-                                                                            {"PlayPause", ""},
-                                                                            {"Stop", ""},
-                                                                            {"Play", ""},
-                                                                            {"Seek", "x"},
-                                                                            {"SetPosition", "ox"},
-                                                                            {"OpenUri", "s"},
-                                                                            {"Seeked", "x"}}) {
-        ASSERT_TRUE(members.contains(text(name))) << name;
-        EXPECT_EQ(members[text(name)], text(arguments)) << name;
-    }
-}
-
-TEST_F(MprisTest, commandsReachThePlayer) {
-    ASSERT_TRUE(start());
-    for (const char* method :
-         {"Play", "Pause", "PlayPause", "Next", "Previous", "Stop", "Raise", "Quit"}) {
-        const bool isRoot = method == std::string("Raise") || method == std::string("Quit");
-        const QDBusMessage answer = isRoot ? callRoot(text(method)) : callPlayer(text(method));
-        EXPECT_EQ(answer.type(), QDBusMessage::ReplyMessage) << method;
-    }
-    EXPECT_THAT(player_.log, ElementsAre("play", "pause", "toggle", "next", "previous", "stop",
-                                         "raise", "quit"));
+    EXPECT_THAT(members, testing::IsSupersetOf({"Raise ", "Quit ", "Next ", "Previous ", "Pause ",
+                                                "PlayPause ", "Stop ", "Play ", "Seek x",
+                                                "SetPosition ox", "OpenUri s", "Seeked x"}));
 }
 
 TEST_F(MprisTest, whatCanNotBeDoneHasNoEffect) {
@@ -247,15 +205,12 @@ TEST_F(MprisTest, whatThePlayerDoesNotOfferIsNotOffered) {
 TEST_F(MprisTest, aMediaKeyActsInTheTurnInWhichItArrives) {
     ASSERT_TRUE(start());
     client_.reset();
-    test::spinFor(50ms);
-    const auto send = [&] {
-        return test::ChildProcess(
-            {.command = {"dbus-send", "--type=method_call", "--dest=" + name_.toStdString(),
-                         path.toStdString(), "org.mpris.MediaPlayer2.Player.PlayPause"}});
-    };
+    spinFor(50ms);
     QAbstractEventDispatcher* const loop = QAbstractEventDispatcher::instance();
     loop->processEvents(QEventLoop::AllEvents);
-    const test::ChildProcess sender = send();
+    const ChildProcess sender(
+        {.command = {"dbus-send", "--type=method_call", "--dest=" + name_.toStdString(),
+                     path.toStdString(), "org.mpris.MediaPlayer2.Player.PlayPause"}});
     loop->processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
     EXPECT_THAT(player_.log, ElementsAre("toggle"));
 }
@@ -282,24 +237,25 @@ TEST_F(MprisTest, playerctlDrivesIt) {
     EXPECT_EQ(playerctl({"metadata", "--format",
                          "{{title}}|{{artist}}|{{album}}|{{mpris:length}}|{{xesam:url}}"}),
               "Été|Ä & Ö|Album|200500000|file:///music/%E9t%E9.flac");
-    for (const std::vector<std::string>& command :
-         std::vector<std::vector<std::string>>{{"play-pause"},
-                                               {"next"},
-                                               {"previous"},
-                                               {"pause"},
-                                               {"stop"},
-                                               {"position", "30"},
-                                               {"position", "5+"},
-                                               {"volume", "0.25"},
-                                               {"shuffle", "On"},
-                                               {"loop", "Track"},
-                                               {"open", "file:///music/a.mp3"}}) {
-        playerctl(command);
+    for (const char* command : {"play-pause", "play", "next", "previous", "pause", "stop"}) {
+        playerctl({command});
     }
-    EXPECT_THAT(player_.log,
-                ElementsAre("toggle", "next", "previous", "pause", "stop", "seek 30", "seek 65",
-                            "volume 0.25", "shuffle 1", "loop 1", "open /music/a.mp3"));
+    for (const auto& [command, argument] : {std::pair{"position", "30"},
+                                            {"position", "5+"},
+                                            {"volume", "0.25"},
+                                            {"shuffle", "On"},
+                                            {"loop", "Track"},
+                                            {"open", "file:///music/a.mp3"}}) {
+        playerctl({command, argument});
+    }
+    // What it has no words for.
+    for (const char* method : {"Raise", "Quit"}) {
+        EXPECT_EQ(callRoot(text(method)).type(), QDBusMessage::ReplyMessage) << method;
+    }
+    EXPECT_THAT(player_.log, ElementsAre("toggle", "play", "next", "previous", "pause", "stop",
+                                         "seek 30", "seek 65", "volume 0.25", "shuffle 1", "loop 1",
+                                         "open /music/a.mp3", "raise", "quit"));
 }
 
 }  // namespace
-}  // namespace halvenor
+}  // namespace halvenor::test

@@ -8,19 +8,11 @@
 #include "platform/sessionbus/BusProbe.h"
 #include "support/EventLoop.h"
 
-namespace halvenor {
+namespace halvenor::test {
 namespace {
 
 using namespace std::chrono_literals;
-using test::makeTrack;
-using test::MprisTest;
-using test::spinFor;
-using test::spinUntil;
 using testing::IsEmpty;
-
-QString text(const char* latin) {
-    return QString::fromLatin1(latin);
-}
 
 /// The share of one processor that this process uses while the event loop idles.
 double idleLoad() {
@@ -38,8 +30,8 @@ class MprisFaultTest : public MprisTest {
         for (int i = 0; i < 20; ++i) {
             player_.state.position += 50;
             player_.state.volume = i % 2;
-            service().updateNowPlaying(
-                makeTrack(text("A track"), Artwork(test::imageOf(Qt::red, 1 + i))), 0, 200, true);
+            service().updateNowPlaying(makeTrack(text("A track"), Artwork(imageOf(Qt::red, 1 + i))),
+                                       0, 200, true);
             service().playerChanged();
             spinFor(5ms);
         }
@@ -53,7 +45,7 @@ class MprisFaultTest : public MprisTest {
 TEST_F(MprisFaultTest, withoutABusNothingHappensUntilThereIsOne) {
     bus_.kill();
     service().start(0ms);
-    const test::EventLoopTicker ticker;
+    const EventLoopTicker ticker;
     useService();
     EXPECT_LT(idleLoad(), 0.2);
     EXPECT_LT(ticker.longestStall(), 200);
@@ -85,8 +77,7 @@ TEST_F(MprisFaultTest, theBusOfTheRuntimeFolderServesWhereNoAddressIsGiven) {
 }
 
 TEST_F(MprisFaultTest, aBusThatGoesAwayIsSoughtAgain) {
-    service().updateNowPlaying(makeTrack(text("One"), Artwork(test::imageOf(Qt::red))), 0, 200,
-                               true);
+    service().updateNowPlaying(makeTrack(text("One"), Artwork(imageOf(Qt::red))), 0, 200, true);
     ASSERT_TRUE(start());
     for (int i = 0; i < 3; ++i) {
         bus_.kill();
@@ -102,7 +93,7 @@ TEST_F(MprisFaultTest, aBusThatGoesAwayIsSoughtAgain) {
 
 TEST_F(MprisFaultTest, aBusThatDoesNotAnswerHoldsNothingUp) {
     bus_.freeze();
-    const test::EventLoopTicker ticker;
+    const EventLoopTicker ticker;
     service().start(0ms);
     useService();
     EXPECT_LT(ticker.longestStall(), 200);
@@ -121,13 +112,13 @@ TEST_F(MprisFaultTest, aBusThatDoesNotAnswerDoesNotHoldUpTheEndEither) {
     bus_.freeze();
     service().start(0ms);
     spinFor(100ms);
-    const test::EventLoopTicker ticker;
+    const EventLoopTicker ticker;
     stop();
     EXPECT_LT(ticker.longestStall(), 200);
 }
 
 TEST(BusProbe, tellsWhoAnswersAtAnAddress) {
-    const test::BusDaemon bus;
+    const BusDaemon bus;
     const QByteArray good = bus.address();
     for (const QByteArray& address :
          {good, good + ",guid=0123456789abcdef", "unix:path=/nowhere;" + good,
@@ -142,7 +133,7 @@ TEST(BusProbe, tellsWhoAnswersAtAnAddress) {
 }
 
 TEST_F(MprisFaultTest, aNameThatIsTakenGetsASuffix) {
-    test::BusClient other(bus_);
+    BusClient other(bus_);
     ASSERT_TRUE(other.connection().registerService(name_));
     const QString taken = name_;
     name_ += QStringLiteral(".instance%1").arg(QCoreApplication::applicationPid());
@@ -161,8 +152,8 @@ TEST_F(MprisFaultTest, theEndTakesTheNameOffTheBus) {
 TEST_F(MprisFaultTest, anEndWhileConnectingIsQuiet) {
     for (int i = 0; i < 30; ++i) {
         service().start(0ms);
-        service().updateNowPlaying(makeTrack(text("One"), Artwork(test::imageOf(Qt::red, 200))), 0,
-                                   200, true);
+        service().updateNowPlaying(makeTrack(text("One"), Artwork(imageOf(Qt::red, 200))), 0, 200,
+                                   true);
         spinFor(std::chrono::milliseconds(i));
         stop();
         service_.emplace();
@@ -223,4 +214,4 @@ TEST_F(MprisFaultTest, aFloodOfCallsIsWorkedOffInItsOrder) {
 }
 
 }  // namespace
-}  // namespace halvenor
+}  // namespace halvenor::test

@@ -53,6 +53,10 @@ struct FakePlayer {
     std::vector<std::string> log;
 };
 
+inline QString text(const char* utf8) {
+    return QString::fromUtf8(utf8);
+}
+
 /// The signature of a value as it came from the bus.
 QString signatureOf(const QVariant& value);
 

@@ -5,24 +5,13 @@
 #include <limits>
 
 #include "MprisFixture.h"
-#include "platform/mediacontrols/linux/MprisMetadata.h"
 #include "support/EventLoop.h"
 
-namespace halvenor {
+namespace halvenor::test {
 namespace {
 
-using test::contentsOf;
-using test::imageOf;
-using test::makeTrack;
-using test::MprisTest;
-using test::SignalLog;
-using test::signatureOf;
-using test::spinUntil;
 using testing::IsEmpty;
-
-QString text(const char* utf8) {
-    return QString::fromUtf8(utf8);
-}
+using testing::UnorderedElementsAre;
 
 class MprisRecordTest : public MprisTest {
   protected:
@@ -61,24 +50,19 @@ TEST_F(MprisRecordTest, everythingThatIsKnownOfATrackIsThereWithItsType) {
     service().updateNowPlaying(Track(fields), 0, 545.25, true);
     ASSERT_TRUE(start());
     const QVariantMap all = metadata();
-    EXPECT_EQ(all.value(text("xesam:title")), text("Title"));
-    EXPECT_EQ(all.value(text("xesam:artist")), QStringList(text("Artist")));
-    EXPECT_EQ(all.value(text("xesam:album")), text("Album"));
-    EXPECT_EQ(all.value(text("xesam:albumArtist")), QStringList(text("Various")));
-    EXPECT_EQ(all.value(text("xesam:genre")), QStringList(text("Jazz")));
-    EXPECT_EQ(all.value(text("xesam:contentCreated")), text("1959"));
-    EXPECT_EQ(all.value(text("xesam:trackNumber")), 3);
-    EXPECT_EQ(all.value(text("xesam:url")), text("file:///music/%E9%20%23%20%25/%C3%BC.flac"));
-    EXPECT_EQ(all.value(text("mpris:length")), 545'250'000);
-    for (const auto& [key, signature] : std::initializer_list<std::pair<const char*, const char*>>{
-             {"mpris:trackid", "o"},
-             {"mpris:length", "x"},
-             {"xesam:trackNumber", "i"},
-             {"xesam:artist", "as"},
-             {"xesam:contentCreated", "s"}}) {
-        EXPECT_EQ(signatureOf(all.value(text(key))), text(signature)) << key;
+    std::vector<std::string> shown;
+    for (auto one = all.begin(); one != all.end(); ++one) {
+        const QString type = signatureOf(*one);
+        const QString value =
+            type == text("as") ? one->toStringList().join(text("|")) : one->toString();
+        shown.push_back((one.key() + text(" ") + type + text(" ") + value).toStdString());
     }
-    EXPECT_FALSE(all.contains(text("mpris:artUrl")));
+    EXPECT_THAT(shown, UnorderedElementsAre(
+                           testing::StartsWith("mpris:trackid o "), "mpris:length x 545250000",
+                           "xesam:title s Title", "xesam:artist as Artist", "xesam:album s Album",
+                           "xesam:albumArtist as Various", "xesam:genre as Jazz",
+                           "xesam:contentCreated s 1959", "xesam:trackNumber i 3",
+                           "xesam:url s file:///music/%E9%20%23%20%25/%C3%BC.flac"));
 }
 
 TEST_F(MprisRecordTest, whatIsUnknownIsLeftOut) {
@@ -97,6 +81,10 @@ TEST_F(MprisRecordTest, whatIsUnknownIsLeftOut) {
             EXPECT_FALSE(all.contains(text(key))) << key << ' ' << duration;
         }
         EXPECT_EQ(all.value(text("xesam:title")), text("a"));
+    }
+    for (const double endless : {std::numeric_limits<double>::infinity(), 1e300}) {
+        service().updateNowPlaying(Track(fields), 0, endless, true);
+        EXPECT_EQ(metadata().value(text("mpris:length")).toLongLong(), 9'000'000'000'000'000);
     }
 }
 
@@ -142,9 +130,9 @@ TEST_F(MprisRecordTest, coversAreLentAsFilesAndTakenBack) {
 
 TEST_F(MprisRecordTest, whatMakesNoImageIsLeftOut) {
     ASSERT_TRUE(start());
-    const QByteArray png = test::imageOf(Qt::red, 64);
+    const QByteArray png = imageOf(Qt::red, 64);
     // Its header claims 65535 x 65535 points.
-    QByteArray bomb = test::imageOf(Qt::red, 64, "BMP");
+    QByteArray bomb = imageOf(Qt::red, 64, "BMP");
     bomb.replace(18, 8, QByteArray("\xFF\xFF\0\0\xFF\xFF\0\0", 8));
     for (const QByteArray& nonsense :
          {QByteArray(), QByteArray("no image"), png.left(60), bomb,
@@ -188,19 +176,5 @@ TEST_F(MprisRecordTest, aCacheThatIsEmptiedIsMadeAgain) {
     EXPECT_EQ(contentsOf(show("Two", blue_)), blue_.bytes());
 }
 
-TEST(MprisMetadata, anyNumberOfSecondsMakesMicroseconds) {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
-    for (const auto& [seconds, expected] : std::initializer_list<std::pair<double, int64_t>>{
-             {1.5, 1'500'000},
-             {0.0000004, 0},
-             {-3, 0},
-             {-infinity, 0},
-             {std::numeric_limits<double>::quiet_NaN(), 0},
-             {infinity, 9'000'000'000'000'000},
-             {1e300, 9'000'000'000'000'000}}) {
-        EXPECT_EQ(mpris::microseconds(seconds), expected) << seconds;
-    }
-}
-
 }  // namespace
-}  // namespace halvenor
+}  // namespace halvenor::test

@@ -5,19 +5,12 @@
 #include "platform/mediacontrols/ExpectedPosition.h"
 #include "support/EventLoop.h"
 
-namespace halvenor {
+namespace halvenor::test {
 namespace {
 
 using namespace std::chrono_literals;
-using test::makeTrack;
-using test::MprisTest;
-using test::SignalLog;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-QString text(const char* latin) {
-    return QString::fromLatin1(latin);
-}
 
 class MprisSignalTest : public MprisTest {
   protected:
@@ -121,7 +114,7 @@ TEST_F(MprisSignalTest, jumpsAreToldAndPlayingIsNot) {
     for (int i = 0; i < 20; ++i) {
         player_.state.position = elapsed();
         service().playerChanged();
-        test::spinFor(50ms);
+        spinFor(50ms);
     }
     settle();
     EXPECT_THAT(log_->all(), IsEmpty());
@@ -165,10 +158,10 @@ TEST_F(MprisSignalTest, aRecordAloneRunsOn) {
     EXPECT_EQ(property(text("PlaybackStatus")), QVariant(text("Stopped")));
     service().updateNowPlaying(makeTrack(text("One")), 199.95, 200, true);
     EXPECT_EQ(property(text("PlaybackStatus")), QVariant(text("Playing")));
-    test::spinFor(100ms);
+    spinFor(100ms);
     EXPECT_EQ(property(text("Position")), QVariant(qlonglong{200'000'000}));
     service().updateNowPlaying(makeTrack(text("One")), 5, 200, false);
-    test::spinFor(20ms);
+    spinFor(20ms);
     EXPECT_EQ(property(text("PlaybackStatus")), QVariant(text("Paused")));
     EXPECT_EQ(property(text("Position")), QVariant(qlonglong{5'000'000}));
 }
@@ -187,4 +180,4 @@ TEST(ExpectedPosition, runsOnWhileThePlayerDoes) {
 }
 
 }  // namespace
-}  // namespace halvenor
+}  // namespace halvenor::test
