@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 
+#include <numeric>
 #include <random>
 
 #include "base/Error.h"
@@ -13,12 +14,6 @@ namespace halvenor::test {
 namespace {
 
 constexpr int64_t musicFrames = 300001;
-
-FileUrl written(const QByteArray& name, const QByteArray& bytes) {
-    const FileUrl url = MediaLibrary::shared().place(name);
-    writeBytes(url, bytes);
-    return url;
-}
 
 /// Decodes what can be decoded. @return frames, -1 when the file is refused
 int64_t framesOf(const FileUrl& url) {
@@ -156,10 +151,7 @@ TEST(ChangeInside, IsBroughtToTheFirstFormat) {
         EXPECT_NEAR(double(file->length()), double(frames), 100);
         EXPECT_FALSE(readStreamInfo(url)->isExact);
         const std::vector<float> second(all.begin() + 2 * 50000, all.begin() + 2 * 80000);
-        double power = 0;
-        for (const float sample : second) {
-            power += double(sample) * sample;
-        }
+        const double power = std::inner_product(second.begin(), second.end(), second.begin(), 0.0);
         EXPECT_GT(power / double(second.size()), 0.01);
         file->seek(2 * 44100 + 30000);
         EXPECT_EQ(readFrames(*file, 5000).size(), 10000u);

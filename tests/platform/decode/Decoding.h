@@ -1,5 +1,8 @@
 #pragma once
 
+#include <QFile>
+
+#include <algorithm>
 #include <cmath>
 #include <gmock/gmock.h>
 #include <vector>
@@ -7,8 +10,30 @@
 #include "platform/decode/AudioFile.h"
 #include "platform/decode/StreamInfo.h"
 #include "support/MediaLibrary.h"
+#include "support/Programs.h"
 
 namespace halvenor::test {
+
+/// The name of a kind among those of parameterised tests.
+inline std::string caseName(const testing::TestParamInfo<MediaKind>& info) {
+    std::string name = info.param.name;
+    std::replace(name.begin(), name.end(), ' ', '_');
+    return name;
+}
+
+/// A file of the test's own.
+inline FileUrl written(const QByteArray& name, const QByteArray& bytes) {
+    const FileUrl url = MediaLibrary::shared().place(name);
+    writeBytes(url, bytes);
+    return url;
+}
+
+/// What another decoder writes to its standard output. @param words of its command line
+inline QByteArray outputOf(const char* words, const FileUrl& input, const char* end) {
+    return runProgram(QString::fromLatin1(words).split(QLatin1Char(' ')) +
+                      QStringList(QFile::decodeName(input.path())) +
+                      QString::fromLatin1(end).split(QLatin1Char(' '), Qt::SkipEmptyParts));
+}
 
 /// Reads up to `frames` frames from where the file stands.
 inline std::vector<float> readFrames(AudioFile& file, int64_t frames) {
@@ -49,12 +74,8 @@ inline double relativeError(const std::vector<float>& got, const std::vector<flo
 
 /// Where two runs of samples first differ, for a message that helps; -1: nowhere.
 inline int64_t firstDifference(const std::vector<float>& a, const std::vector<float>& b) {
-    for (size_t i = 0; i < std::min(a.size(), b.size()); ++i) {
-        if (a[i] != b[i]) {
-            return static_cast<int64_t>(i);
-        }
-    }
-    return a.size() == b.size() ? -1 : static_cast<int64_t>(std::min(a.size(), b.size()));
+    const auto [first, second] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
+    return first == a.end() && second == b.end() ? -1 : first - a.begin();
 }
 
 }  // namespace halvenor::test

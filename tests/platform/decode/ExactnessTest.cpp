@@ -1,23 +1,14 @@
 // Whether every format gives the very frames that its encoder was given, no more and no less.
 
-#include <QFile>
-
 #include <cstring>
 
 #include "platform/decode/Decoding.h"
-#include "support/Programs.h"
 
 namespace halvenor::test {
 
 namespace {
 
 constexpr int64_t musicFrames = 150001;
-
-std::vector<float> asFloats(const QByteArray& bytes) {
-    std::vector<float> samples(static_cast<size_t>(bytes.size()) / sizeof(float));
-    std::memcpy(samples.data(), bytes.constData(), samples.size() * sizeof(float));
-    return samples;
-}
 
 class EveryKind : public testing::TestWithParam<MediaKind> {};
 
@@ -64,12 +55,6 @@ TEST_P(EveryKind, MonoAndOtherRatesAreKept) {
     }
 }
 
-std::string caseName(const testing::TestParamInfo<MediaKind>& info) {
-    std::string name = info.param.name;
-    std::replace(name.begin(), name.end(), ' ', '_');
-    return name;
-}
-
 INSTANTIATE_TEST_SUITE_P(All, EveryKind, testing::ValuesIn(mediaKinds()), caseName);
 
 /// A signal cut at an odd place into two files comes out whole: nothing between, nothing missing.
@@ -110,10 +95,9 @@ TEST(Joins, SamplesAreThoseOfAnotherProgram) {
                              "ogg oggenc", "flac 24", "mp3 lame mono 8"}) {
         SCOPED_TRACE(name);
         const FileUrl url = MediaLibrary::shared().file(name, musicFrames);
-        const std::vector<float> reference = asFloats(
-            runProgram({QStringLiteral("ffmpeg"), QStringLiteral("-v"), QStringLiteral("error"),
-                        QStringLiteral("-i"), QFile::decodeName(url.path()), QStringLiteral("-f"),
-                        QStringLiteral("f32le"), QStringLiteral("-")}));
+        const QByteArray raw = outputOf("ffmpeg -v error -i", url, "-f f32le -");
+        std::vector<float> reference(static_cast<size_t>(raw.size()) / sizeof(float));
+        std::memcpy(reference.data(), raw.constData(), reference.size() * sizeof(float));
         EXPECT_EQ(firstDifference(decodeAll(url), reference), -1);
     }
 }
@@ -123,9 +107,7 @@ TEST(Joins, ShortVorbisIsAlignedToo) {
     for (const int64_t frames : {1, 100, 1152, 5000}) {
         SCOPED_TRACE(frames);
         const FileUrl url = MediaLibrary::shared().file("ogg oggenc", frames);
-        const QByteArray raw =
-            runProgram({QStringLiteral("oggdec"), QStringLiteral("-Q"), QStringLiteral("-R"),
-                        QStringLiteral("-o"), QStringLiteral("-"), QFile::decodeName(url.path())});
+        const QByteArray raw = outputOf("oggdec -Q -R -o -", url, "");
         const std::vector<float> decoded = decodeAll(url);
         ASSERT_EQ(decoded.size() * 2, static_cast<size_t>(raw.size()));
         for (size_t i = 0; i < decoded.size(); ++i) {
@@ -145,9 +127,8 @@ TEST(Joins, OneFrameIsOneFrame) {
 }
 
 TEST(Opening, TakesNamesOfAnyBytesAndSurvivesTheirLoss) {
-    const QByteArray bytes = readBytes(MediaLibrary::shared().file("mp3", 20000));
-    const FileUrl url = MediaLibrary::shared().place("caf\xe9 \xff: 100%?.mp3");
-    writeBytes(url, bytes);
+    const FileUrl url =
+        written("caf\xe9 \xff: 100%?.mp3", readBytes(MediaLibrary::shared().file("mp3", 20000)));
     const auto file = AudioFile::open(url);
     ASSERT_EQ(std::remove(url.path().constData()), 0);
     EXPECT_EQ(readAll(*file).size(), 40000u);
@@ -156,10 +137,10 @@ TEST(Opening, TakesNamesOfAnyBytesAndSurvivesTheirLoss) {
 TEST(Opening, ManyChannelsAreKeptInOrder) {
     const FileUrl url = MediaLibrary::shared().place("six.wav");
     const Signal signal = makeSignal(5000, 48000, 6);
-    mediaKind("wav f32").write(url, signal);
-    EXPECT_EQ(firstDifference(decodeAll(url), signal.samples), -1);
-    mediaKind("flac 16").write(url, signal);
-    EXPECT_EQ(firstDifference(decodeAll(url), signal.samples), -1);
+    for (const char* kind : {"wav f32", "flac 16"}) {
+        mediaKind(kind).write(url, signal);
+        EXPECT_EQ(firstDifference(decodeAll(url), signal.samples), -1) << kind;
+    }
 }
 
 }  // namespace

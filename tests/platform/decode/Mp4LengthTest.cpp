@@ -86,8 +86,7 @@ class Mp4Lengths : public testing::Test {
 
     /// Writes the file, checks that telling and decoding agree, and gives the samples.
     std::vector<float> decoded() {
-        const FileUrl url = MediaLibrary::shared().place("changed.m4a");
-        writeBytes(url, file_.bytes());
+        const FileUrl url = written("changed.m4a", file_.bytes());
         const auto audio = AudioFile::open(url);
         const std::vector<float> samples = readAll(*audio);
         EXPECT_EQ(static_cast<int64_t>(samples.size()), audio->length() * 2);
@@ -131,9 +130,7 @@ TEST_F(Mp4Lengths, NonsenseInTheNoteIsPassedOver) {
 
 TEST_F(Mp4Lengths, SamplesThatCannotBeThereMakeNoRate) {
     file_.setSampleSizes(0xffffffff, 0xffffffff);
-    const FileUrl url = MediaLibrary::shared().place("claims.m4a");
-    writeBytes(url, file_.bytes());
-    const auto info = readStreamInfo(url);
+    const auto info = readStreamInfo(written("claims.m4a", file_.bytes()));
     ASSERT_TRUE(info);
     EXPECT_LE(info->dataRate / 8 * frames / 44100, static_cast<double>(file_.bytes().size()) * 1.1);
 }

@@ -73,12 +73,6 @@ TEST_P(SeekEveryKind, FindsItsWayInAFileOfOnePacket) {
     }
 }
 
-std::string caseName(const testing::TestParamInfo<MediaKind>& info) {
-    std::string name = info.param.name;
-    std::replace(name.begin(), name.end(), ' ', '_');
-    return name;
-}
-
 INSTANTIATE_TEST_SUITE_P(All, SeekEveryKind, testing::ValuesIn(mediaKinds()), caseName);
 
 }  // namespace

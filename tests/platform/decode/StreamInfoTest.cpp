@@ -1,22 +1,14 @@
 // Headers alone: data rates, and lengths of files that tell them badly.
 
-#include <QFile>
 #include <QtEndian>
 
 #include "platform/decode/Decoding.h"
-#include "support/Programs.h"
 
 namespace halvenor::test {
 
 namespace {
 
 constexpr int64_t frames = 150001;
-
-FileUrl written(const QByteArray& name, const QByteArray& bytes) {
-    const FileUrl url = MediaLibrary::shared().place(name);
-    writeBytes(url, bytes);
-    return url;
-}
 
 TEST(DataRate, IsThatOfTheAudioAlone) {
     struct Case {
@@ -53,9 +45,8 @@ TEST(DataRate, IsNotMovedByTags) {
     // 100,000 bytes of ID3v2 in front; APEv2 and ID3v1 behind.
     QByteArray front = QByteArray("ID3\4\0\0\0\6\x0d\x20", 10);
     front.append(100000, 'x');
-    QByteArray ape = QByteArray("APETAGEX\xd0\7\0\0", 12) + QByteArray("\x34\0\0\0\1\0\0\0", 8) +
-                     QByteArray(12, '\0');
-    ape = QByteArray(20, 'y') + ape;
+    const QByteArray ape = QByteArray(20, 'y') + QByteArray("APETAGEX\xd0\7\0\0", 12) +
+                           QByteArray("\x34\0\0\0\1\0\0\0", 8) + QByteArray(12, '\0');
     const QByteArray id3v1 = "TAG" + QByteArray(125, ' ');
     const auto tagged = readStreamInfo(written("tagged", front + plain + ape + id3v1));
     ASSERT_TRUE(tagged);
@@ -65,14 +56,10 @@ TEST(DataRate, IsNotMovedByTags) {
 
 /// Streams whose header was written before anybody knew the length.
 TEST(UntoldLength, IsFoundAtTheEnd) {
-    const QString source = QFile::decodeName(MediaLibrary::shared().file("wav s16", frames).path());
-    for (const char* format : {"flac", "wav"}) {
-        SCOPED_TRACE(format);
-        const QByteArray bytes =
-            runProgram({QStringLiteral("ffmpeg"), QStringLiteral("-v"), QStringLiteral("error"),
-                        QStringLiteral("-i"), source, QStringLiteral("-f"),
-                        QString::fromLatin1(format), QStringLiteral("-")});
-        const FileUrl url = written("piped", bytes);
+    const FileUrl source = MediaLibrary::shared().file("wav s16", frames);
+    for (const char* end : {"-f flac -", "-f wav -"}) {
+        SCOPED_TRACE(end);
+        const FileUrl url = written("piped", outputOf("ffmpeg -v error -i", source, end));
         const auto info = readStreamInfo(url);
         ASSERT_TRUE(info);
         EXPECT_EQ(info->frames, frames);
@@ -81,12 +68,9 @@ TEST(UntoldLength, IsFoundAtTheEnd) {
 }
 
 TEST(UntoldLength, FramesOfFreeFormatAreCounted) {
-    const FileUrl url = MediaLibrary::shared().place("free.mp3");
-    const QString source = QFile::decodeName(MediaLibrary::shared().file("wav s16", frames).path());
-    runProgram({QStringLiteral("lame"), QStringLiteral("--quiet"), QStringLiteral("--freeformat"),
-                QStringLiteral("-b"), QStringLiteral("400"), QStringLiteral("-t"), source,
-                QFile::decodeName(url.path())});
-    const auto info = readStreamInfo(url);
+    const FileUrl source = MediaLibrary::shared().file("wav s16", frames);
+    const auto info = readStreamInfo(
+        written("free.mp3", outputOf("lame --quiet --freeformat -b 400 -t", source, "-")));
     ASSERT_TRUE(info);
     EXPECT_EQ(info->frames, (frames + 1105 + 1151) / 1152 * 1152);
     EXPECT_NEAR(info->dataRate, 400000, 1000);

@@ -90,44 +90,35 @@ TEST_F(SettingsTest, ReadsWhatAScriptWrote) {
 }
 
 TEST_F(SettingsTest, AValueOfAnotherFormReadsAsAbsent) {
-    const std::vector<QByteArray> values = {"null",
-                                            "true",
-                                            "1",
-                                            "\"/text\"",
-                                            "{}",
-                                            "[]",
-                                            R"({"bytes":"L+k="})",
-                                            R"({"data":"AA=="})",
-                                            R"({"data":"not base64!"})",
-                                            R"({"data":7})",
-                                            R"(["/a",7])",
-                                            R"([{"data":"AA=="},{}])",
-                                            R"([{"path":"/a","data":"AA=="},{"path":"/b"}])",
-                                            R"([{"path":7,"data":"AA=="}])"};
-    // Which reader takes which value: boolean, number, string, path, data, paths, dataList, map.
-    const std::vector<std::string> readers = {"",  "b", "n", "sp", "", "PLM", "p",
-                                              "d", "",  "",  "",   "", "",    ""};
-    ASSERT_EQ(values.size(), readers.size());
-    for (size_t i = 0; i < values.size(); ++i) {
-        SCOPED_TRACE(values[i].constData());
-        folder_.makeFile("config/Halvenor/settings.json", "{\"key\":" + values[i] + "}");
+    // Which readers take which value: boolean, number, string, path, data, paths, dataList, map.
+    for (const auto& [value, readers] : {std::pair{"null", ""},
+                                         {"true", "b"},
+                                         {"1", "n"},
+                                         {R"("/text")", "sp"},
+                                         {"{}", ""},
+                                         {"[]", "PLM"},
+                                         {R"({"bytes":"L+k="})", "p"},
+                                         {R"({"data":"AA=="})", "d"},
+                                         {R"({"data":"not base64!"})", ""},
+                                         {R"({"data":7})", ""},
+                                         {R"(["/a",7])", ""},
+                                         {R"([{"data":"AA=="},{}])", ""},
+                                         {R"([{"path":"/a","data":"AA=="},{"path":"/b"}])", ""},
+                                         {R"([{"path":7,"data":"AA=="}])", ""}}) {
+        SCOPED_TRACE(value);
+        folder_.makeFile("config/Halvenor/settings.json", QByteArray("{\"key\":") + value + "}");
         const Settings settings(file_);
-        std::string taken;
-        const auto note = [&](bool isTaken, char reader) {
-            if (isTaken) {
-                taken += reader;
-            }
-        };
         EXPECT_TRUE(settings.contains("key"));
-        note(settings.boolean("key").has_value(), 'b');
-        note(settings.number("key").has_value(), 'n');
-        note(settings.string("key").has_value(), 's');
-        note(settings.path("key").has_value(), 'p');
-        note(settings.data("key").has_value(), 'd');
-        note(settings.paths("key").has_value(), 'P');
-        note(settings.dataList("key").has_value(), 'L');
-        note(settings.dataByPath("key").has_value(), 'M');
-        EXPECT_EQ(taken, readers[i]);
+        std::string taken;
+        taken += settings.boolean("key") ? "b" : "";
+        taken += settings.number("key") ? "n" : "";
+        taken += settings.string("key") ? "s" : "";
+        taken += settings.path("key") ? "p" : "";
+        taken += settings.data("key") ? "d" : "";
+        taken += settings.paths("key") ? "P" : "";
+        taken += settings.dataList("key") ? "L" : "";
+        taken += settings.dataByPath("key") ? "M" : "";
+        EXPECT_EQ(taken, readers);
     }
 }
 
@@ -274,22 +265,13 @@ TEST_F(SettingsTest, WritesNothingOverAFileThatItCannotKeep) {
 }
 
 TEST(Settings, TheDefaultFileFollowsTheEnvironment) {
-    struct Case {
-        QByteArray configured;
-        QByteArray home;
-        QByteArray file;
-    };
-    const std::vector<Case> cases = {
-        {"/c\xe9", "/h", "/c\xe9/Halvenor/settings.json"},
-        {"", "/h\xe9", "/h\xe9/.config/Halvenor/settings.json"},
-        {"relative", "/h", "/h/.config/Halvenor/settings.json"},
-    };
     const QByteArray oldConfigured = qgetenv("XDG_CONFIG_HOME");
     const QByteArray oldHome = qgetenv("HOME");
-    for (const Case& c : cases) {
-        qputenv("XDG_CONFIG_HOME", c.configured);
-        qputenv("HOME", c.home);
-        EXPECT_EQ(Settings::defaultFile().path(), c.file);
+    qputenv("HOME", "/h\xe9");
+    for (const auto& [configured, folder] :
+         {std::pair{"/c\xe9", "/c\xe9"}, {"", "/h\xe9/.config"}, {"relative", "/h\xe9/.config"}}) {
+        qputenv("XDG_CONFIG_HOME", configured);
+        EXPECT_EQ(Settings::defaultFile().path(), QByteArray(folder) + "/Halvenor/settings.json");
     }
     qputenv("XDG_CONFIG_HOME", oldConfigured);
     qputenv("HOME", oldHome);

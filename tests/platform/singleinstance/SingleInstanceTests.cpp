@@ -37,10 +37,10 @@ using namespace std::chrono_literals;
 class Launch {
   public:
     Launch(const test::TemporaryFolder& folder, const std::vector<std::string>& manner,
-           std::chrono::milliseconds patience = 20s, const std::string& token = "")
+           const std::string& token = "")
         : output_(folder.path("output-" + QByteArray::number(++count_))) {
         std::vector<std::string> command = {LAUNCH_PROGRAM, folder.path("instance").toStdString(),
-                                            std::to_string(patience.count())};
+                                            "20000"};
         command.insert(command.end(), manner.begin(), manner.end());
         process_ = ChildProcess(
             {.command = command,
@@ -69,17 +69,34 @@ class SingleInstanceTest : public testing::Test {
         return SingleInstance(LaunchRequest{"our-token", "our-id"}, patience,
                               folder_.at("instance"));
     }
-    FileDescriptor connectTo(const QByteArray& socketPath) const {
-        FileDescriptor guest(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    /// The first one, which has the lock.
+    Launch launched(const std::vector<std::string>& manner) const {
+        Launch first(folder_, manner);
+        EXPECT_TRUE(first.hasPrinted("first"));
+        return first;
+    }
+    /// A connection to the socket of the first one; not open when there is none to be had.
+    FileDescriptor connectToFirst(int flags = 0) const {
+        FileDescriptor guest(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | flags, 0));
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
-        std::strncpy(address.sun_path, socketPath.constData(), sizeof address.sun_path - 1);
+        std::strncpy(address.sun_path, folder_.path("instance/socket").constData(),
+                     sizeof address.sun_path - 1);
         const int result =
             ::connect(guest.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
         return result == 0 ? std::move(guest) : FileDescriptor();
     }
 
+    bool exists(const QByteArray& name) const {
+        return QFile::exists(QFile::decodeName(folder_.path(name)));
+    }
+    /// Counts the launches that the first one hears of.
+    void count(SingleInstance& first) {
+        first.setOnLaunch([this](const LaunchRequest&) { ++launches_; });
+    }
+
     test::TemporaryFolder folder_;
+    int launches_ = 0;
 };
 
 TEST_F(SingleInstanceTest, aLaterLaunchHandsOverWhatTheDesktopGaveItAndEnds) {
@@ -91,7 +108,7 @@ TEST_F(SingleInstanceTest, aLaterLaunchHandsOverWhatTheDesktopGaveItAndEnds) {
         EXPECT_THAT(request.startupId.toStdString(), "");
     });
     for (const char* token : {"token-1", "", "two\nlines"}) {
-        Launch later(folder_, {"serve"}, 20s, token);
+        Launch later(folder_, {"serve"}, token);
         EXPECT_TRUE(later.hasPrinted("second"));
         EXPECT_EQ(later.process().wait(), 0);
     }
@@ -99,8 +116,7 @@ TEST_F(SingleInstanceTest, aLaterLaunchHandsOverWhatTheDesktopGaveItAndEnds) {
 }
 
 TEST_F(SingleInstanceTest, theLaunchThatWaitsIsAnsweredAfterTheWindowShows) {
-    Launch first(folder_, {"serve"});
-    ASSERT_TRUE(first.hasPrinted("first"));
+    Launch first = launched({"serve"});
     const SingleInstance later = claim();
     EXPECT_EQ(later.role(), Role::second);
     // Already printed when the answer came: no waiting here.
@@ -108,8 +124,7 @@ TEST_F(SingleInstanceTest, theLaunchThatWaitsIsAnsweredAfterTheWindowShows) {
 }
 
 TEST_F(SingleInstanceTest, whatIsToBeOpenedArrivesByteForByteAndAsMuchAsFits) {
-    Launch first(folder_, {"serve"});
-    ASSERT_TRUE(first.hasPrinted("first"));
+    Launch first = launched({"serve"});
     const auto handOver = [&](const std::vector<FileUrl>& places) {
         const SingleInstance later({"", "", places}, 20s, folder_.at("instance"));
         EXPECT_EQ(later.role(), Role::second);
@@ -141,21 +156,18 @@ TEST_F(SingleInstanceTest, ofManyAtOnceOneStays) {
 }
 
 TEST_F(SingleInstanceTest, whatACrashLeavesIsNotInTheWay) {
-    Launch first(folder_, {"serve"});
-    ASSERT_TRUE(first.hasPrinted("first"));
+    Launch first = launched({"serve"});
     first.process().kill();
-    EXPECT_TRUE(QFile::exists(QFile::decodeName(folder_.path("instance/socket"))));
+    EXPECT_TRUE(exists("instance/socket"));
     SingleInstance next = claim(0ms);
     ASSERT_EQ(next.role(), Role::first);
-    int launches = 0;
-    next.setOnLaunch([&](const LaunchRequest&) { ++launches; });
+    count(next);
     EXPECT_TRUE(Launch(folder_, {"serve"}).hasPrinted("second"));
-    EXPECT_EQ(launches, 1);
+    EXPECT_EQ(launches_, 1);
 }
 
 TEST_F(SingleInstanceTest, oneThatHangsHoldsNobodyUp) {
-    Launch first(folder_, {"hang"});
-    ASSERT_TRUE(first.hasPrinted("first"));
+    Launch first = launched({"hang"});
     QElapsedTimer timer;
     timer.start();
     const SingleInstance later = claim(300ms);
@@ -167,17 +179,11 @@ TEST_F(SingleInstanceTest, oneThatHangsHoldsNobodyUp) {
 }
 
 TEST_F(SingleInstanceTest, oneThatHangsWithAFullQueueHoldsNobodyUp) {
-    Launch first(folder_, {"hang"});
-    ASSERT_TRUE(first.hasPrinted("first"));
+    Launch first = launched({"hang"});
     std::vector<FileDescriptor> crowd;
     for (int i = 0; i < 200; ++i) {
-        FileDescriptor guest(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-        sockaddr_un address{};
-        address.sun_family = AF_UNIX;
-        std::strncpy(address.sun_path, folder_.path("instance/socket").constData(),
-                     sizeof address.sun_path - 1);
-        if (::connect(guest.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) !=
-            0) {
+        FileDescriptor guest = connectToFirst(SOCK_NONBLOCK);
+        if (!guest.isOpen()) {
             break;
         }
         crowd.push_back(std::move(guest));
@@ -190,30 +196,27 @@ TEST_F(SingleInstanceTest, oneThatHangsWithAFullQueueHoldsNobodyUp) {
 }
 
 TEST_F(SingleInstanceTest, aLaunchDuringTheEndOfTheFirstTakesItsPlace) {
-    Launch first(folder_, {"end-after", "300"});
-    ASSERT_TRUE(first.hasPrinted("first"));
+    Launch first = launched({"end-after", "300"});
     EXPECT_EQ(claim().role(), Role::first);
     EXPECT_EQ(first.process().wait(), 0);
 }
 
 TEST_F(SingleInstanceTest, anObjectThatGoesMakesRoom) {
     { const SingleInstance first = claim(); }
-    EXPECT_FALSE(QFile::exists(QFile::decodeName(folder_.path("instance/socket"))));
+    EXPECT_FALSE(exists("instance/socket"));
     EXPECT_EQ(claim(0ms).role(), Role::first);
 }
 
 TEST_F(SingleInstanceTest, nonsenseOnTheSocketChangesNothing) {
     SingleInstance first = claim();
-    int launches = 0;
-    first.setOnLaunch([&](const LaunchRequest&) { ++launches; });
-    const QByteArray path = folder_.path("instance/socket");
+    count(first);
     std::vector<FileDescriptor> silent;
     for (int i = 0; i < 40; ++i) {
-        silent.push_back(connectTo(path));
+        silent.push_back(connectToFirst());
         ASSERT_TRUE(silent.back().isOpen());
         spinFor(1ms);
     }
-    EXPECT_THAT(launches, 0);
+    EXPECT_THAT(launches_, 0);
     // More than are kept at a time: the later ones were turned away, the kept ones leave in time.
     EXPECT_TRUE(spinUntil([&] {
         char byte = 0;
@@ -222,7 +225,7 @@ TEST_F(SingleInstanceTest, nonsenseOnTheSocketChangesNothing) {
     for (const QByteArray& nonsense :
          {QByteArray("halvenor"), QByteArray(100'000, 'x'), QByteArray(1, '\0'),
           QByteArray("HALVENOR LAUNCH 1\n"), QByteArray("halvenor launch 2\n")}) {
-        const FileDescriptor guest = connectTo(path);
+        const FileDescriptor guest = connectToFirst();
         ASSERT_EQ(::send(guest.get(), nonsense.constData(), nonsense.size(), MSG_NOSIGNAL),
                   nonsense.size());
         char answer[64];
@@ -230,9 +233,9 @@ TEST_F(SingleInstanceTest, nonsenseOnTheSocketChangesNothing) {
             return ::recv(guest.get(), answer, sizeof answer, MSG_DONTWAIT) == 0;
         })) << nonsense.left(20).constData();
     }
-    EXPECT_EQ(launches, 0);
+    EXPECT_EQ(launches_, 0);
     EXPECT_TRUE(Launch(folder_, {"serve"}).hasPrinted("second"));
-    EXPECT_EQ(launches, 1);
+    EXPECT_EQ(launches_, 1);
 
     // And nobody spins afterwards.
     const std::clock_t before = std::clock();
@@ -242,8 +245,7 @@ TEST_F(SingleInstanceTest, nonsenseOnTheSocketChangesNothing) {
 
 TEST_F(SingleInstanceTest, othersAreKeptOut) {
     SingleInstance first = claim();
-    int launches = 0;
-    first.setOnLaunch([&](const LaunchRequest&) { ++launches; });
+    count(first);
     struct stat status = {};
     ASSERT_EQ(::stat(folder_.path("instance/socket").constData(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777, 0600U);
@@ -258,7 +260,7 @@ TEST_F(SingleInstanceTest, othersAreKeptOut) {
     ASSERT_EQ(::chmod(folder_.path("instance").constData(), 0755), 0);
     ASSERT_EQ(::chmod(folder_.path("instance/socket").constData(), 0666), 0);
     ASSERT_EQ(::seteuid(65534), 0);
-    const FileDescriptor guest = connectTo(folder_.path("instance/socket"));
+    const FileDescriptor guest = connectToFirst();
     const QByteArray request = "halvenor launch 1\n";
     const ssize_t sent = ::send(guest.get(), request.constData(), request.size(), MSG_NOSIGNAL);
     ASSERT_EQ(::seteuid(0), 0);
@@ -267,19 +269,19 @@ TEST_F(SingleInstanceTest, othersAreKeptOut) {
     EXPECT_TRUE(spinUntil([&] {
         return ::recv(guest.get(), answer, sizeof answer, MSG_DONTWAIT) <= 0 && errno != EAGAIN;
     }));
-    EXPECT_EQ(launches, 0);
+    EXPECT_EQ(launches_, 0);
 }
 
 TEST_F(SingleInstanceTest, aFolderOfSomebodyElsesIsNotUsed) {
     folder_.makeFolder("instance");
     ASSERT_EQ(::chmod(folder_.path("instance").constData(), 0777), 0);
     EXPECT_EQ(claim(0ms).role(), Role::first);
-    EXPECT_FALSE(QFile::exists(QFile::decodeName(folder_.path("instance/lock"))));
+    EXPECT_FALSE(exists("instance/lock"));
 
     ASSERT_EQ(::rename(folder_.path("instance").constData(), folder_.path("other").constData()), 0);
     folder_.makeLink("instance", folder_.path("other"));
     EXPECT_EQ(claim(0ms).role(), Role::first);
-    EXPECT_FALSE(QFile::exists(QFile::decodeName(folder_.path("other/lock"))));
+    EXPECT_FALSE(exists("other/lock"));
 }
 
 TEST_F(SingleInstanceTest, theFolderIsInARuntimeFolderThatIsOursAlone) {
