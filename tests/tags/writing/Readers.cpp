@@ -20,6 +20,20 @@ namespace halvenor::test {
 
 namespace {
 
+// All but the cover. `text` gives what stands under a name, empty when it is not there.
+template <class Text>
+SeenTags seenTexts(const Text& text, const char* albumArtist) {
+    SeenTags seen;
+    seen.title = text("TITLE");
+    seen.artist = text("ARTIST");
+    seen.album = text("ALBUM");
+    seen.albumArtist = text(albumArtist);
+    seen.date = text("DATE");
+    seen.genre = text("GENRE");
+    seen.comment = text("COMMENT");
+    return seen;
+}
+
 QByteArray bytesOf(const TagLib::ByteVector& bytes) {
     return QByteArray(bytes.data(), bytes.size());
 }
@@ -50,15 +64,7 @@ SeenTags seenByTagLib(File file) {
         return properties.contains(key) ? properties[key].toString("/").to8Bit(true)
                                         : std::string();
     };
-    SeenTags seen{text("TITLE"),
-                  text("ARTIST"),
-                  text("ALBUM"),
-                  text("ALBUMARTIST"),
-                  text("DATE"),
-                  text("GENRE"),
-                  text("COMMENT"),
-                  {},
-                  {}};
+    SeenTags seen = seenTexts(text, "ALBUMARTIST");
     takeCover(file, seen);
     return seen;
 }
@@ -71,9 +77,7 @@ SeenTags tagLib(const FileUrl& url) {
 
 SeenTags ffprobe(const FileUrl& url) {
     const QByteArray json =
-        outputOf(QStringLiteral("ffprobe -v error -of json -show_format -show_streams")
-                     .split(QLatin1Char(' ')),
-                 url);
+        outputOf("ffprobe -v error -of json -show_format -show_streams FILE", url);
     const QJsonObject root = QJsonDocument::fromJson(json).object();
     const QJsonObject tags = root[u"format"].toObject()[u"tags"].toObject();
     const auto text = [&tags](const char* key) {
@@ -84,24 +88,13 @@ SeenTags ffprobe(const FileUrl& url) {
         }
         return std::string();
     };
-    SeenTags seen{text("title"),
-                  text("artist"),
-                  text("album"),
-                  text("album_artist"),
-                  text("date"),
-                  text("genre"),
-                  text("comment"),
-                  {},
-                  {}};
+    SeenTags seen = seenTexts(text, "ALBUM_ARTIST");
     for (const QJsonValue& value : root[u"streams"].toArray()) {
         const QString codec = value[u"codec_name"].toString();
         if (value[u"codec_type"].toString() == u"video" && seen.cover.isEmpty()) {
             seen.coverType = codec == u"png" ? "image/png" : "image/jpeg";
-            seen.cover = runProgram(
-                {QStringLiteral("ffmpeg"), QStringLiteral("-v"), QStringLiteral("error"),
-                 QStringLiteral("-i"), QFile::decodeName(url.path()), QStringLiteral("-map"),
-                 QStringLiteral("0:v:0"), QStringLiteral("-c"), QStringLiteral("copy"),
-                 QStringLiteral("-f"), QStringLiteral("image2pipe"), QStringLiteral("-")});
+            seen.cover =
+                outputOf("ffmpeg -v error -i FILE -map 0:v:0 -c copy -f image2pipe -", url);
         }
     }
     return seen;
@@ -126,10 +119,10 @@ else:
     names = ["TIT2", "TPE1", "TALB", "TPE2", "TYER", "TCON", "COMM"]
     pictures = file.tags.getall("APIC")
     picture = pictures[0] if pictures else None
-for ours, theirs in zip(["title", "artist", "album", "albumArtist", "date", "genre", "comment"], names):
+for ours, theirs in zip(["TITLE", "ARTIST", "ALBUM", "ALBUMARTIST", "DATE", "GENRE", "COMMENT"], names):
     seen[ours] = get(theirs)
-if not seen["date"] and not path.endswith(".flac"):
-    seen["date"] = get("TDRC")
+if not seen["DATE"] and not path.endswith(".flac"):
+    seen["DATE"] = get("TDRC")
 assert file.info.length > 0
 if picture:
     assert picture.type == 3, picture.type
@@ -139,22 +132,17 @@ print(json.dumps(seen))
 )";
 
 SeenTags mutagen(const FileUrl& url) {
-    const QByteArray json = outputOf({QStringLiteral("/usr/bin/python3"), QStringLiteral("-c"),
-                                      QString::fromUtf8(mutagenScript)},
-                                     url);
+    const QByteArray json =
+        runProgram({QStringLiteral("/usr/bin/python3"), QStringLiteral("-c"),
+                    QString::fromUtf8(mutagenScript), QFile::decodeName(url.path())});
     const QJsonObject seen = QJsonDocument::fromJson(json).object();
     const auto text = [&seen](const char* key) {
         return seen[QLatin1String(key)].toString().toStdString();
     };
-    return {text("title"),
-            text("artist"),
-            text("album"),
-            text("albumArtist"),
-            text("date"),
-            text("genre"),
-            text("comment"),
-            text("coverType"),
-            QByteArray::fromBase64(QByteArray::fromStdString(text("cover")))};
+    SeenTags tags = seenTexts(text, "ALBUMARTIST");
+    tags.coverType = text("coverType");
+    tags.cover = QByteArray::fromBase64(QByteArray::fromStdString(text("cover")));
+    return tags;
 }
 
 }  // namespace
@@ -172,24 +160,21 @@ const std::map<std::string, Reader>& readers() {
 }
 
 QByteArray decodedAudio(const FileUrl& file) {
-    return runProgram({QStringLiteral("ffmpeg"), QStringLiteral("-v"), QStringLiteral("error"),
-                       QStringLiteral("-xerror"), QStringLiteral("-i"),
-                       QFile::decodeName(file.path()), QStringLiteral("-map"),
-                       QStringLiteral("0:a:0"), QStringLiteral("-f"), QStringLiteral("s32le"),
-                       QStringLiteral("-")});
+    return outputOf("ffmpeg -v error -xerror -i FILE -map 0:a:0 -f s32le -", file);
 }
 
-QByteArray outputOf(const QStringList& command, const FileUrl& file) {
-    return runProgram(command + QStringList{QFile::decodeName(file.path())});
+QByteArray outputOf(const char* command, const FileUrl& file) {
+    QStringList words = QString::fromLatin1(command).split(u' ');
+    words.replaceInStrings(QStringLiteral("FILE"), QFile::decodeName(file.path()));
+    return runProgram(words);
 }
 
 QByteArray makeImage(const char* extension, int width, int height) {
     const FileUrl file = MediaLibrary::shared().place(QByteArray("image.") + extension);
-    const QString size = QStringLiteral("testsrc=size=%1x%2").arg(width).arg(height);
-    runProgram({QStringLiteral("ffmpeg"), QStringLiteral("-v"), QStringLiteral("error"),
-                QStringLiteral("-y"), QStringLiteral("-f"), QStringLiteral("lavfi"),
-                QStringLiteral("-i"), size, QStringLiteral("-frames:v"), QStringLiteral("1"),
-                QFile::decodeName(file.path())});
+    const std::string size = std::to_string(width) + 'x' + std::to_string(height);
+    const std::string command =
+        "ffmpeg -v error -y -f lavfi -i testsrc=size=" + size + " -frames:v 1 FILE";
+    outputOf(command.c_str(), file);
     return readBytes(file);
 }
 

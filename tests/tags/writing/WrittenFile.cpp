@@ -1,19 +1,13 @@
 #include "tags/writing/WrittenFile.h"
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+
+#include "support/MediaLibrary.h"
 
 namespace halvenor::test {
 
 QByteArray hex(const char* digits) {
     return QByteArray::fromHex(digits);
-}
-
-QByteArray contentsOf(const FileUrl& file) {
-    std::ifstream stream(file.path().constData(), std::ios::binary);
-    EXPECT_TRUE(stream.is_open()) << file.path().constData();
-    return QByteArray::fromStdString(std::string(std::istreambuf_iterator<char>(stream), {}));
 }
 
 std::set<std::string> namesIn(const FileUrl& folder) {
@@ -36,10 +30,20 @@ QByteArray rewritten(const ID3TagFields& fields, const QByteArray& source, const
     });
     EXPECT_EQ(namesIn(folder.url()), std::set<std::string>{name});
     if (failure.empty()) {
-        return contentsOf(file);
+        return readBytes(file);
     }
-    EXPECT_EQ(contentsOf(file), source) << failure;
+    EXPECT_EQ(readBytes(file), source) << failure;
     return "error: " + QByteArray::fromStdString(failure);
+}
+
+void expectRewritten(const std::vector<RewriteCase>& cases, const char* fileName,
+                     const QByteArray& before, const QByteArray& after) {
+    for (const RewriteCase& each : cases) {
+        const bool isRefused = each.expected.startsWith("error: ");
+        EXPECT_EQ(rewritten(each.fields, before + each.source + after, fileName).toHex(' '),
+                  (isRefused ? each.expected : before + each.expected + after).toHex(' '))
+            << each.name;
+    }
 }
 
 ID3TagFields titleEdit(const QString& title) {

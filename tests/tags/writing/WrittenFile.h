@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "model/ID3WriterError.h"
 #include "support/TemporaryFolder.h"
@@ -16,9 +17,6 @@ namespace halvenor::test {
 
 /// Bytes written as hexadecimal digits; whatever is no digit divides.
 QByteArray hex(const char* digits);
-
-/// All that is in a file.
-QByteArray contentsOf(const FileUrl& file);
 
 /// The names in a folder, hidden ones too.
 std::set<std::string> namesIn(const FileUrl& folder);
@@ -40,6 +38,17 @@ std::string failureOf(Work work) {
 /// must have left the file as it was, and nothing beside it; its message comes as "error: ...".
 QByteArray rewritten(const ID3TagFields& fields, const QByteArray& source,
                      const char* name = "track.mp3");
+
+struct RewriteCase {
+    const char* name;
+    QByteArray source;
+    QByteArray expected;
+    ID3TagFields fields = {};
+};
+/// Checks `rewritten` of each source; `before` and `after` stand around the sources and the
+/// results.
+void expectRewritten(const std::vector<RewriteCase>& cases, const char* fileName,
+                     const QByteArray& before, const QByteArray& after);
 
 /// An edit of the title alone.
 ID3TagFields titleEdit(const QString& title);
