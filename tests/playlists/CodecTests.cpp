@@ -68,18 +68,13 @@ TEST(PlaylistCodec, RefusesWhatIsNoArrayOfPlaylists) {
         "null",
         "[null]",
         "[[]]",
-        example.chopped(1),
         example + "]",
-        QByteArray(example).replace("AC", "A\xC3"),
         QByteArray(example).replace("\"id\"", "\"ID\""),
         QByteArray(example).replace("\"name\"", "\"title\""),
         QByteArray(example).replace("\"trackURLs\"", "\"tracks\""),
         QByteArray(example).replace("\"\"", "null"),
-        QByteArray(example).replace("\"\"", "7"),
         QByteArray(example).replace("[]", "{}"),
-        QByteArray(example).replace("[]", "null"),
         QByteArray(example).replace("[]", "[null]"),
-        QByteArray(example).replace("[]", "[[]]"),
         QByteArray(example).replace("[]", "[\"\\/m\\/a.mp3\"]"),
         QByteArray(example).replace("[]", "[\"http:\\/\\/host\\/a.mp3\"]"),
         QByteArray(example).replace("[]", "[\"file:\\/\\/\\/a%00\"]"),
@@ -130,16 +125,12 @@ TEST(PlaylistCodec, WhatIsReadFromDamagedTextCanBeWrittenAndReadAgain) {
 
 TEST(Playlist, HashIsOfEveryField) {
     const Playlist one{firstId, QStringLiteral("a"), {FileUrl("/1"), FileUrl("/2")}};
-    Playlist other = one;
-    EXPECT_EQ(qHash(one), qHash(other));
-    other.trackURLs.swapItemsAt(0, 1);
-    EXPECT_NE(qHash(one), qHash(other));
-    other = one;
-    other.name = QStringLiteral("b");
-    EXPECT_NE(qHash(one), qHash(other));
-    other = one;
-    other.id = secondId;
-    EXPECT_NE(qHash(one), qHash(other));
+    EXPECT_EQ(qHash(one), qHash(Playlist(one)));
+    for (const Playlist& other : {Playlist{secondId, one.name, one.trackURLs},
+                                  Playlist{firstId, QStringLiteral("b"), one.trackURLs},
+                                  Playlist{firstId, one.name, {FileUrl("/2"), FileUrl("/1")}}}) {
+        EXPECT_NE(qHash(one), qHash(other));
+    }
 }
 
 }  // namespace

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 #include <memory>
-#include <sys/stat.h>
-#include <tuple>
 
 #include "playlists/PlaylistManager.h"
 #include "support/TemporaryFolder.h"
@@ -33,13 +31,6 @@ class PlaylistFixture : public testing::Test {
 
     FileUrl storage() const { return directory_.at("data/playlists.json"); }
     const TemporaryFolder& directory() const { return directory_; }
-
-    /// Tells one writing of the file from the next.
-    std::tuple<ino_t, time_t, long> writtenAt() const {
-        struct stat status = {};
-        EXPECT_EQ(::stat(storage().path().constData(), &status), 0);
-        return {status.st_ino, status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
-    }
 
   private:
     TemporaryFolder directory_;

@@ -2,7 +2,6 @@
 #include <vector>
 
 #include "PlaylistFixture.h"
-#include "selftest/audiowriter/AudioWriter.h"
 #include "support/EventLoop.h"
 #include "support/MediaLibrary.h"
 
@@ -13,13 +12,7 @@ class Resolving : public PlaylistFixture {
   protected:
     // A file of music, and the URL of it.
     FileUrl music(const QByteArray& name) {
-        static const QByteArray wav = [] {
-            const FileUrl place = MediaLibrary::shared().place("plain.wav");
-            const Signal signal = makeSignal(2000);
-            writeAudioFile(place, AudioFileType::wave16, signal.samples, signal.sampleRate,
-                           signal.channels);
-            return readBytes(place);
-        }();
+        static const QByteArray wav = readBytes(MediaLibrary::shared().file("wav s16", 2000));
         return directory().makeFile(name, wav);
     }
     static Playlist of(const QList<FileUrl>& urls) {

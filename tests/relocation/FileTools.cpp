@@ -1,17 +1,17 @@
 #include "relocation/FileTools.h"
 
 #include <cmath>
-#include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
 #include <random>
 #include <stdexcept>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "base/AtomicFile.h"
 #include "base/FileDescriptor.h"
-#include "base/FileStatus.h"
 
 namespace halvenor::test {
 
@@ -42,26 +42,20 @@ void setModified(const FileUrl& url, double seconds) {
 }
 
 int64_t bytesRead() {
-    const FileUrl counters(QByteArray("/proc/self/io"));
-    const FileDescriptor file(::open(counters.path().constData(), O_RDONLY | O_CLOEXEC));
-    char text[512] = {};
-    require(::read(file.get(), text, sizeof text - 1) > 0, counters);
-    long long count = 0;
-    require(std::sscanf(text, "rchar: %lld", &count) == 1, counters);
+    std::ifstream counters("/proc/self/io");
+    std::string name;
+    int64_t count = -1;
+    counters >> name >> count;
+    EXPECT_EQ(name, "rchar:");
     return count;
 }
 
-uint64_t inodeOf(const FileUrl& url) {
-    const auto status = fileStatus(url);
-    return status ? status->inode : 0;
-}
-
 void move(const FileUrl& from, const FileUrl& to) {
-    require(::rename(from.path().constData(), to.path().constData()) == 0, from);
+    std::filesystem::rename(from.path().toStdString(), to.path().toStdString());
 }
 
 void remove(const FileUrl& url) {
-    require(::unlink(url.path().constData()) == 0, url);
+    require(std::filesystem::remove(url.path().toStdString()), url);
 }
 
 void overwrite(const FileUrl& url, int64_t offset, const QByteArray& bytes) {

@@ -18,9 +18,6 @@ void setModified(const FileUrl& url, double seconds);
 /// Bytes that this process has read so far, from anything.
 int64_t bytesRead();
 
-/// The inode number, 0 when nothing is there.
-uint64_t inodeOf(const FileUrl& url);
-
 /// Renames or moves the item; it must succeed.
 void move(const FileUrl& from, const FileUrl& to);
 
