@@ -2,6 +2,8 @@
 
 #include <QCoreApplication>
 
+#include <filesystem>
+
 #include "selftest/audiowriter/AudioWriter.h"
 #include "support/MediaLibrary.h"
 
@@ -37,6 +39,12 @@ void AppStateFixture::startState() {
                                [this] { return appearance_; }));
 }
 
+void AppStateFixture::startWith(const QByteArray& settings) {
+    endState();
+    makeFile("settings.json", settings);
+    startState();
+}
+
 void AppStateFixture::makeFolder(const QByteArray& relative, const std::vector<QByteArray>& files) {
     // Without tags: a track's title is its file's name.
     static const QByteArray wav = [] {
@@ -52,7 +60,36 @@ void AppStateFixture::makeFolder(const QByteArray& relative, const std::vector<Q
     }
 }
 
-void AppStateFixture::openAndRead(const QByteArray& relative) {
+Track AppStateFixture::track(const QByteArray& relative) const {
+    TrackFields fields;
+    fields.url = folder(relative);
+    return Track(fields);
+}
+
+QList<Track> AppStateFixture::tracks(const std::vector<QByteArray>& relative) const {
+    QList<Track> made;
+    for (const QByteArray& each : relative) {
+        made.append(track(each));
+    }
+    return made;
+}
+
+Playlist AppStateFixture::makePlaylist(const std::vector<QByteArray>& relative) {
+    return state().playlistManager().createPlaylist(QStringLiteral("p"), tracks(relative));
+}
+
+void AppStateFixture::moveItem(const QByteArray& from, const QByteArray& to) {
+    makeFolder(to.left(to.lastIndexOf('/')));
+    std::filesystem::rename(folder(from).path().toStdString(), folder(to).path().toStdString());
+}
+
+void AppStateFixture::truncate(const QByteArray& relative, int bytesLeft) const {
+    std::filesystem::resize_file(folder(relative).path().toStdString(), bytesLeft);
+}
+
+void AppStateFixture::openAndRead(const QByteArray& relative,
+                                  const std::vector<QByteArray>& files) {
+    makeFolder(relative, files);
     const FolderItem opened = item(relative);
     state().openFolder(opened);
     ASSERT_TRUE(spinUntil([&] {
@@ -60,7 +97,9 @@ void AppStateFixture::openAndRead(const QByteArray& relative) {
     }));
 }
 
-void AppStateFixture::addLocation(const QByteArray& relative) {
+void AppStateFixture::addLocation(const QByteArray& relative,
+                                  const std::vector<QByteArray>& files) {
+    makeFolder(relative, files);
     state().openDirectory(folder(relative));
     ASSERT_TRUE(spinUntil([&] { return state().isFolderLoaded(item(relative)); }));
 }
@@ -85,6 +124,13 @@ QByteArray AppStateFixture::current() {
 
 QByteArray AppStateFixture::queued() {
     return nameOf(engine().queuedTrack());
+}
+
+QString AppStateFixture::takeFailure() {
+    EXPECT_TRUE(spinUntil([&] { return state().playbackErrorMessage->has_value(); }));
+    const QString message = state().playbackErrorMessage->value_or(QString());
+    state().playbackErrorMessage = std::nullopt;
+    return message;
 }
 
 Settings AppStateFixture::storedSettings() {

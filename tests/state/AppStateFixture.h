@@ -22,6 +22,8 @@ class AppStateFixture : public testing::Test {
     void startState();
     /// Ends the state, settings saved.
     void endState();
+    /// Starts anew with this text for all settings.
+    void startWith(const QByteArray& settings);
     AppState& state() { return *state_; }
     AudioEngineManager& engine() { return state_->audioEngine(); }
 
@@ -34,10 +36,19 @@ class AppStateFixture : public testing::Test {
     }
 
     FolderItem item(const QByteArray& relative) const { return FolderItem(folder(relative), true); }
-    /// Opens the folder and waits until it is listed and its tags are read.
-    void openAndRead(const QByteArray& relative);
-    /// Adds the Location and waits until it is listed.
-    void addLocation(const QByteArray& relative);
+    /// A record of what is there, as if it had been listed.
+    Track track(const QByteArray& relative) const;
+    QList<Track> tracks(const std::vector<QByteArray>& relative) const;
+    Playlist makePlaylist(const std::vector<QByteArray>& relative);
+    /// Moves it, into a folder that is made.
+    void moveItem(const QByteArray& from, const QByteArray& to);
+    /// Takes all bytes but the first ones from a file that was made.
+    void truncate(const QByteArray& relative, int bytesLeft = 0) const;
+
+    /// Opens the folder, made with these files, and waits until it is listed and its tags are read.
+    void openAndRead(const QByteArray& relative, const std::vector<QByteArray>& files = {});
+    /// Adds the Location, made with these files, and waits until it is listed.
+    void addLocation(const QByteArray& relative, const std::vector<QByteArray>& files = {});
 
     /// Plays to the end of the current track, and on into the next or to the end of all.
     void playTrackToItsEnd();
@@ -46,6 +57,12 @@ class AppStateFixture : public testing::Test {
     QByteArray current();
     /// The same of the track queued behind it.
     QByteArray queued();
+
+    /// The track in this row of the list on show.
+    Track shown(qsizetype row) { return state().playbackQueue->at(row); }
+
+    /// Waits until the user is told of a failure, and dismisses it. @return its text, empty if none
+    QString takeFailure();
 
     Settings storedSettings();
 

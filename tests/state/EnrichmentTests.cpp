@@ -1,4 +1,4 @@
-#include <filesystem>
+#include <map>
 
 #include "AppStateFixture.h"
 
@@ -21,45 +21,40 @@ int readTracks(const TrackList& tracks) {
     return read;
 }
 
-class Batches : public AppStateFixture,
-                public testing::WithParamInterface<std::pair<int, std::vector<int>>> {};
+using EnrichmentTest = AppStateFixture;
 
 // Each publication is seen as the number of tracks that have been read by then, from the top.
-TEST_P(Batches, arePublishedEightAtATimeInListingOrder) {
-    const auto& [count, expected] = GetParam();
-    makeFolder("m", numbered(count));
-    std::vector<int> published;
-    const Subscription seen = state().playbackQueue.subscribe([&](const TrackList& tracks) {
-        const int read = readTracks(tracks);
-        if (read == 0) {
-            return;
-        }
-        published.push_back(read);
-        EXPECT_GT(tracks[read - 1].duration(), 0);
-    });
-    addLocation("m");
-    ASSERT_TRUE(spinUntil([&] { return !state().metadataLoadingFolderID->has_value(); }));
-    EXPECT_EQ(published, expected);
-    EXPECT_EQ(readTracks(state().folderTracks->value(folder("m").path())), count);
+TEST_F(EnrichmentTest, batchesArePublishedEightAtATimeInListingOrder) {
+    const std::map<int, std::vector<int>> publications = {
+        {1, {1}},
+        {8, {8}},
+        {9, {8, 9}},
+        {100, {8, 16, 24, 32, 40, 48, 56, 64, 72, 80, 88, 96, 100}}};
+    for (const auto& [count, expected] : publications) {
+        const QByteArray name = QByteArray::number(count);
+        std::vector<int> published;
+        const Subscription seen = state().playbackQueue.subscribe([&](const TrackList& tracks) {
+            if (const int read = readTracks(tracks); read > 0) {
+                published.push_back(read);
+                EXPECT_GT(tracks[read - 1].duration(), 0);
+            }
+        });
+        addLocation(name, numbered(count));
+        ASSERT_TRUE(spinUntil([&] { return !state().metadataLoadingFolderID->has_value(); }));
+        EXPECT_EQ(published, expected);
+        EXPECT_EQ(readTracks(state().folderTracks->value(folder(name).path())), count);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Counts, Batches,
-                         testing::Values(std::pair{1, std::vector{1}}, std::pair{8, std::vector{8}},
-                                         std::pair{9, std::vector{8, 9}},
-                                         std::pair{100, std::vector{8, 16, 24, 32, 40, 48, 56, 64,
-                                                                    72, 80, 88, 96, 100}}));
-
-using EnrichmentTest = AppStateFixture;
 
 TEST_F(EnrichmentTest, readsAgainOnlyWhatHasNoDuration) {
     makeFolder("m", {"1.wav", "2.wav"});
-    std::filesystem::resize_file(folder("m/2.wav").path().toStdString(), 0);
+    truncate("m/2.wav");
     addLocation("m");
     openAndRead("m");
     ASSERT_EQ(readTracks(*state().playbackQueue), 1);
 
     makeFolder("m", {"2.wav"});
-    std::filesystem::resize_file(folder("m/1.wav").path().toStdString(), 0);
+    truncate("m/1.wav");
     openAndRead("m");
     EXPECT_EQ(readTracks(*state().playbackQueue), 2) << "1 keeps what was read before";
 }
@@ -106,9 +101,9 @@ TEST_F(EnrichmentTest, updatesReachEveryListAndTheLastOfTwoWins) {
     addLocation("m");
     openAndRead("m/b");
     openAndRead("m/a");
-    state().play(state().playbackQueue->first());
+    state().play(shown(0));
     spinFor(std::chrono::milliseconds(5));
-    Track older = state().playbackQueue->first();
+    Track older = shown(0);
     Track newer = older;
     Track elsewhere = state().folderTracks->value(folder("m/b").path()).first();
     older.setTitle(QStringLiteral("older"));

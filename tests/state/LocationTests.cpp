@@ -1,6 +1,5 @@
-// Locations across restarts: by their bookmarks, by their paths, and from older or damaged values.
-#include <filesystem>
-
+// Locations, added, removed and across restarts: by their bookmarks, by their paths, and from older
+// or damaged values.
 #include "AppStateFixture.h"
 
 namespace halvenor::test {
@@ -8,19 +7,12 @@ namespace {
 
 class LocationTest : public AppStateFixture {
   protected:
-    void moveItem(const QByteArray& from, const QByteArray& to) {
-        makeFolder(to.left(to.lastIndexOf('/')));
-        std::filesystem::rename(folder(from).path().toStdString(), folder(to).path().toStdString());
-    }
     /// Starts with these settings alone.
     template <class Write>
-    void startWith(Write write) {
+    void startWithSettings(Write write) {
         endState();
-        std::filesystem::remove(folder("settings.json").path().toStdString());
-        {
-            Settings settings(folder("settings.json"));
-            write(settings);
-        }
+        makeFile("settings.json", "{}");
+        write(*std::make_unique<Settings>(folder("settings.json")));
         startState();
     }
     QByteArray bookmark(const QByteArray& relative) { return *makeBookmark(folder(relative)); }
@@ -44,11 +36,57 @@ class LocationTest : public AppStateFixture {
     }
 };
 
+TEST_F(LocationTest, locationsComeBackByTheirExactBytes) {
+    const QByteArray strange = "caf\xE9 \xFF%20\n\"";
+    addLocation(strange, {"b.wav", "a\xFE.wav"});
+    startState();
+    ASSERT_EQ(state().rootFolders->size(), 1U);
+    EXPECT_EQ(state().rootFolder()->id(), folder(strange).path());
+    ASSERT_TRUE(spinUntil([&] { return state().playbackQueue->size() == 2; }));
+    EXPECT_EQ(titles(*state().playbackQueue), "a\xFE b");
+}
+
+TEST_F(LocationTest, removingForgetsWhatLiesUnderItAndNothingElse) {
+    makeFolder("a/inner", {"1.wav"});
+    makeFolder("ab", {"2.wav"});
+    addLocation("a");
+    addLocation("ab");
+    openAndRead("a/inner");
+    for (const char* marked : {"a", "a/inner", "ab"}) {
+        state().toggleFolderMarked(item(marked));
+    }
+    state().play(shown(0));
+
+    state().removeFolder(folder("a"));
+    EXPECT_EQ(names(*state().rootFolders), "ab");
+    EXPECT_EQ(*state().markedFolderIDs, QSet<QByteArray>{folder("ab").path()});
+    EXPECT_EQ(*state().expandedFolderIDs, QSet<QByteArray>{folder("ab").path()});
+    EXPECT_FALSE(state().folderTracks->contains(folder("a/inner").path()));
+    EXPECT_EQ((*state().selectedFolder)->name(), "ab");
+    EXPECT_TRUE(*engine().isPlaying) << "music from a removed Location plays on";
+
+    state().removeFolder(folder("ab"));
+    EXPECT_FALSE(*state().selectedFolder);
+    EXPECT_TRUE(state().playbackQueue->isEmpty());
+    EXPECT_EQ(storedSettings().paths("LibraryFolderPaths"), QList<QByteArray>());
+}
+
+TEST_F(LocationTest, removingWhileItIsListedLeavesNothingBehind) {
+    makeFolder("a", {"1.wav"});
+    state().openDirectory(folder("a"));
+    state().removeFolder(folder("a"));
+    makeFolder("b", {"2.wav"});
+    addLocation("b");  // The listings run in order, so that of "a" is through by now.
+    EXPECT_FALSE(state().folderTracks->contains(folder("a").path()));
+    EXPECT_FALSE(state().isFolderLoading(item("a")));
+}
+
 TEST_F(LocationTest, theFourValuesAreKeptInStep) {
-    makeFolder("Zebra");
-    makeFolder("Alpha");
     addLocation("Zebra");
     addLocation("Alpha");
+    addLocation("Zebra");  // Only opened again.
+    EXPECT_EQ(names(*state().rootFolders), "Alpha Zebra");
+    EXPECT_EQ((*state().selectedFolder)->name(), "Zebra");
     ASSERT_TRUE(hasStoredBookmarks({"Zebra", "Alpha"}));
     const Settings both = storedSettings();
     EXPECT_EQ(both.paths("LibraryFolderPaths"), paths({"Zebra", "Alpha"}));
@@ -106,7 +144,7 @@ TEST_F(LocationTest, eachOlderFormStillBringsTheLocationsBack) {
          "a gone"},
     };
     for (const Case& c : cases) {
-        startWith(c.write);
+        startWithSettings(c.write);
         QList<QByteArray> relative;
         for (const FileUrl& url : *state().libraryFolders) {
             relative.append(url.path().mid(folder("").path().size() + 1));
@@ -117,7 +155,6 @@ TEST_F(LocationTest, eachOlderFormStillBringsTheLocationsBack) {
 
 TEST_F(LocationTest, movedWhileNothingRanItComesBackWhereItIsUnlessInTheTrash) {
     makeFolder("first", {"1.wav"});
-    makeFolder("second");
     addLocation("second");
     addLocation("first");
     ASSERT_TRUE(hasStoredBookmarks({"first", "second"}));

@@ -25,18 +25,6 @@ TEST_F(NavigationTest, openingListsOnceAndALateListingDoesNotTakeTheView) {
     ASSERT_TRUE(spinUntil([&] { return titles(*state().playbackQueue) == "a1 a2"; }));
 }
 
-TEST_F(NavigationTest, openingLeavesWhatPlaysAlone) {
-    makeFolder("m", {"1.wav"});
-    makeFolder("m/other", {"2.wav"});
-    addLocation("m");
-    openAndRead("m");
-    state().play(state().playbackQueue->first());
-    openAndRead("m/other");
-    EXPECT_EQ(titles(*state().playingQueue), "1");
-    EXPECT_EQ(titles(*state().playbackQueue), "2");
-    EXPECT_TRUE(*engine().isPlaying);
-}
-
 TEST_F(NavigationTest, revealWalksFromTheDeepestRootAndAsksForTheRow) {
     makeFolder("m/a/b/c", {"1.wav"});
     addLocation("m");
@@ -67,16 +55,14 @@ TEST_F(NavigationTest, revealingThePlayingTrackTurnsTheFilterOff) {
     makeFolder("outside", {"3.wav"});
     addLocation("m");
     openAndRead("m/a");
-    state().play(state().playbackQueue->first());
+    state().play(shown(0));
     openAndRead("m/b");
     state().showMarkedFoldersOnly = true;
     state().revealPlayingTrackFolder();
     ASSERT_TRUE(spinUntil([&] { return (*state().selectedFolder)->id() == folder("m/a").path(); }));
     EXPECT_FALSE(*state().showMarkedFoldersOnly);
 
-    TrackFields fields;
-    fields.url = folder("outside/3.wav");
-    state().play(Track(fields));
+    state().play(track("outside/3.wav"));
     state().revealPlayingTrackFolder();
     EXPECT_EQ((*state().selectedFolder)->id(), folder("outside").path());
 }

@@ -2,8 +2,6 @@
 #include <filesystem>
 
 #include "AppStateFixture.h"
-#include "base/AtomicFile.h"
-#include "base/FileStatus.h"
 
 namespace halvenor::test {
 namespace {
@@ -33,10 +31,6 @@ class RelocationTest : public AppStateFixture {
   protected:
     void TearDown() override { state().setUserPrompts(nullptr); }
 
-    void moveItem(const QByteArray& from, const QByteArray& to) {
-        makeFolder(to.left(to.lastIndexOf('/')));
-        std::filesystem::rename(folder(from).path().toStdString(), folder(to).path().toStdString());
-    }
     void copyFolder(const QByteArray& from, const QByteArray& to) {
         std::filesystem::copy(folder(from).path().toStdString(), folder(to).path().toStdString(),
                               std::filesystem::copy_options::recursive);
@@ -59,11 +53,6 @@ class RelocationTest : public AppStateFixture {
         ASSERT_TRUE(spinUntil([&] { return *state().finishedRelocationChecks > before; }));
         settle();
     }
-    Track track(const QByteArray& relative) const {
-        TrackFields fields;
-        fields.url = folder(relative);
-        return Track(fields);
-    }
     QList<QByteArray> entries(qsizetype playlist = 0) {
         QList<QByteArray> relative;
         const QByteArray top = folder("").path() + '/';
@@ -73,22 +62,16 @@ class RelocationTest : public AppStateFixture {
         return relative;
     }
     void answer(Answers& answers) { state().setUserPrompts(&answers); }
-    QString takeMessage() {
-        const QString message = state().playbackErrorMessage->value_or(QString());
-        state().playbackErrorMessage = std::nullopt;
-        return message;
-    }
 };
 
 TEST_F(RelocationTest, everyStoreFollowsAFileThatMovedWithinItsLocation) {
     makeFolder("m/a", {"1.wav", "2.wav"});
     addLocation("m");
     openAndRead("m/a");
-    state().play(state().playbackQueue->at(1));
-    state().play(state().playbackQueue->at(0));  // "2" is history now.
-    state().toggleFavorite(state().playbackQueue->at(0));
-    state().playlistManager().createPlaylist(
-        QStringLiteral("Two"), {state().playbackQueue->at(1), state().playbackQueue->at(0)});
+    state().play(shown(1));
+    state().play(shown(0));  // "2" is history now.
+    state().toggleFavorite(shown(0));
+    state().playlistManager().createPlaylist(QStringLiteral("Two"), {shown(1), shown(0)});
     check();
 
     moveItem("m/a/1.wav", "m/b/one.wav");
@@ -118,9 +101,7 @@ TEST_F(RelocationTest, filesAreFollowedThatMovedWhileNothingRan) {
     makeFolder("other");
     addLocation("m");
     addLocation("other");
-    state().playlistManager().createPlaylist(
-        QStringLiteral("All"),
-        {track("m/a/deep/1.wav"), track("m/a/deep/2.wav"), track("m/a/deep/3 \xE9%20\n\".wav")});
+    makePlaylist({"m/a/deep/1.wav", "m/a/deep/2.wav", "m/a/deep/3 \xE9%20\n\".wav"});
     state().toggleFolderMarked(item("m/a"));
     check();
     endState();
@@ -144,34 +125,14 @@ TEST_F(RelocationTest, whatLeftTheLibraryOrWentToTheTrashIsNotFollowed) {
     };
     makeFolder("m/a", {"1.wav"});
     addLocation("m");
-    state().playlistManager().createPlaylist(QStringLiteral("One"), {track("m/a/1.wav")});
+    makePlaylist({"m/a/1.wav"});
     check();
-    const RelocationRecords before = state().relocationStore().records();
     for (const auto& [what, place] : cases) {
         moveItem("m/a/1.wav", place);
         check();
         EXPECT_EQ(entries(), QList<QByteArray>{"m/a/1.wav"}) << what;
-        const auto& records = state().relocationStore().records();
-        const auto file =
-            std::ranges::find(records, folder("m/a/1.wav").path(), &RelocationRecord::path);
-        ASSERT_NE(file, records.end()) << what;
-        EXPECT_EQ(*file, *std::ranges::find(before, file->path, &RelocationRecord::path)) << what;
         moveItem(place, "m/a/1.wav");
     }
-    check();
-    EXPECT_EQ(entries(), QList<QByteArray>{"m/a/1.wav"});
-}
-
-TEST_F(RelocationTest, aFileThatWasReplacedByASaveIsFollowedAfterwards) {
-    makeFolder("m/a", {"1.wav"});
-    addLocation("m");
-    state().playlistManager().createPlaylist(QStringLiteral("One"), {track("m/a/1.wav")});
-    check();
-    writeFileAtomically(folder("m/a/1.wav"), readFile(folder("m/a/1.wav")) + "tag");
-    check();
-    moveItem("m/a/1.wav", "m/b/1.wav");
-    check();
-    EXPECT_EQ(entries(), QList<QByteArray>{"m/b/1.wav"});
 }
 
 TEST_F(RelocationTest, aLocationIsFollowedWhereverItGoes) {
@@ -207,7 +168,7 @@ TEST_F(RelocationTest, callsDuringACheckMakeOneMore) {
         state().checkRelocations();
     }
     // The first describes a world that may have changed: what it prepared is not kept.
-    state().playlistManager().createPlaylist(QStringLiteral("One"), {track("m/a/1.wav")});
+    makePlaylist({"m/a/1.wav"});
     settle();
     EXPECT_EQ(*state().finishedRelocationChecks, before + 2);
     EXPECT_EQ(state().relocationStore().records().size(), 3);  // m, m/a and the file.
@@ -215,8 +176,7 @@ TEST_F(RelocationTest, callsDuringACheckMakeOneMore) {
 
 TEST_F(RelocationTest, aLocationThatComesBackIsListedAgain) {
     makeFolder("m/a", {"1.wav"});
-    makeFolder("n", {"2.wav"});
-    addLocation("n");
+    addLocation("n", {"2.wav"});
     addLocation("m");
     openAndRead("m/a");
     check();
@@ -250,7 +210,7 @@ TEST_F(RelocationTest, theUserPointsAtAFolderThatWasLost) {
     makeFolder("m/lost", {"1.wav", "2.wav"});
     makeFolder("m/same");
     addLocation("m");
-    state().playlistManager().createPlaylist(QStringLiteral("P"), {track("m/lost/1.wav")});
+    makePlaylist({"m/lost/1.wav"});
     state().toggleFolderMarked(item("m/lost"));
     check();
     copyFolder("m/lost", "m/found");
@@ -282,6 +242,7 @@ TEST_F(RelocationTest, theUserPointsAtAFolderThatWasLost) {
         {"m/found", true, "", 1, "m/found/1.wav"},
     };
     for (const Case& c : cases) {
+        SCOPED_TRACE(c.place ? c.place : "none chosen");
         Answers answers;
         answer(answers);
         answers.accepts = c.accepts;
@@ -292,9 +253,10 @@ TEST_F(RelocationTest, theUserPointsAtAFolderThatWasLost) {
         state().relocateFolder(folder("m/lost"));
         ASSERT_TRUE(spinUntil([&] { return !*state().isRelocating; }));
         settle();
-        EXPECT_EQ(takeMessage(), QString::fromUtf8(c.message)) << (c.place ? c.place : "");
-        EXPECT_EQ(answers.questions.size(), c.questions) << (c.place ? c.place : "");
-        EXPECT_EQ(entries(), QList<QByteArray>{c.entry}) << (c.place ? c.place : "");
+        EXPECT_EQ(state().playbackErrorMessage->value_or(QString()), QString::fromUtf8(c.message));
+        state().playbackErrorMessage = std::nullopt;
+        EXPECT_EQ(answers.questions.size(), c.questions);
+        EXPECT_EQ(entries(), QList<QByteArray>{c.entry});
         if (c.questions) {
             EXPECT_EQ(
                 answers.questions.front().informativeText,
@@ -315,31 +277,11 @@ TEST_F(RelocationTest, aCheckAndTheManualRoadExcludeEachOther) {
     settle();
     state().checkRelocations();
     state().relocateFolder(folder("m/a"));
-    EXPECT_EQ(takeMessage(),
+    EXPECT_EQ(takeFailure(),
               QStringLiteral(
                   "Library links are being checked. Please try relocation again in a moment."));
     EXPECT_TRUE(answers.messages.isEmpty());
     EXPECT_FALSE(*state().isRelocating);
-}
-
-TEST_F(RelocationTest, aThousandFilesAreFollowedTogether) {
-    makeFolder("m");
-    std::vector<QByteArray> files;
-    for (int i = 0; i < 1000; ++i) {
-        files.push_back(QByteArray::number(i) + ".wav");
-    }
-    makeFolder("m/a", files);
-    addLocation("m");
-    QList<Track> tracks;
-    for (const QByteArray& file : files) {
-        tracks.append(track("m/a/" + file));
-    }
-    state().playlistManager().createPlaylist(QStringLiteral("All"), tracks);
-    check();
-    moveItem("m/a", "m/b");
-    check();
-    EXPECT_EQ(entries().first(), "m/b/0.wav");
-    EXPECT_EQ(entries().size(), 1000);
 }
 
 }  // namespace
