@@ -106,34 +106,23 @@ TEST_F(AccessibilityTest, everyControlHasANameAndARole) {
 }
 
 TEST_F(AccessibilityTest, everyControlOfThePlayerIsReachedByTab) {
-    QSet<QString> reached;
+    Texts reached;
     tree().setFocus();
-    for (int i = 0; i < 60; ++i) {
+    do {
         key(Qt::Key_Tab);
-        reached << QApplication::focusWidget()->accessibleName();
-    }
-    for (const char* name : {"Preferences (F10)",
-                             "Folders",
-                             "Playlists",
-                             "Search",
-                             "Show Checked Folders",
-                             "Mark Folder",
-                             "Tracks",
-                             "Show Playing Track Folder",
-                             "Previous (,)",
-                             "Pause (Space)",
-                             "Next (.)",
-                             "Position",
-                             "Shuffle",
-                             "Repeat Off",
-                             "Toggle mute (m)",
-                             "Volume",
-                             "Cover Mode (c)",
-                             "History (h)",
-                             "Add to Favorites (l)",
-                             "More",
-                             "Album Menu"}) {
-        EXPECT_TRUE(reached.contains(QString::fromUtf8(name))) << name;
+        reached.push_back(focused());
+    } while (reached.size() < 60 && !tree().hasFocus());
+    const std::pair<const char*, Texts> panes[] = {
+        {"sidebar",
+         {"Preferences (F10)", "Folders", "Playlists", "Search", "Show Checked Folders"}},
+        {"track list", {"Mark Folder", "Tracks", "Album Menu"}},
+        {"player bar",
+         {"Show Playing Track Folder", "Previous (,)", "Pause (Space)", "Next (.)", "Position",
+          "Add to Favorites (l)", "Shuffle", "Repeat Off", "Toggle mute (m)", "Volume",
+          "Cover Mode (c)", "History (h)", "More"}},
+    };
+    for (const auto& [pane, names] : panes) {
+        EXPECT_THAT(reached, testing::IsSupersetOf(names)) << pane;
     }
 }
 

@@ -19,14 +19,8 @@ class PlaylistWindow : public WindowFixture {
         }
         return *window->sidebar().playlists();
     }
-    // The sheet's field, which has the focus.
-    static QLineEdit& nameField() {
-        auto* field = qobject_cast<QLineEdit*>(QApplication::focusWidget());
-        if (field == nullptr) {
-            throw std::runtime_error("no field has the focus");
-        }
-        return *field;
-    }
+    // What is typed in the sheet.
+    QString typedName() { return findByName<QLineEdit>(*window, "Playlist name").text(); }
 };
 
 TEST_F(PlaylistWindow, makesPlaylistsOfNamesThatSaySomething) {
@@ -48,7 +42,7 @@ TEST_F(PlaylistWindow, makesPlaylistsOfNamesThatSaySomething) {
     for (const Case& c : cases) {
         clickButton("Add New Playlist");
         EXPECT_EQ(focused(), "Playlist name");
-        EXPECT_TRUE(nameField().text().isEmpty()) << "what was typed before is gone";
+        EXPECT_TRUE(typedName().isEmpty()) << "what was typed before is gone";
         type(c.typed);
         c.answer();
         EXPECT_EQ(playlistNames(), c.expected) << c.typed;
@@ -81,7 +75,7 @@ TEST_F(PlaylistWindow, renamesFromTheMenuAndByKey) {
     makePlaylist("Favorites");
     state->playbackQueue = TrackList{exampleTrack("/music/1", QString(), QString())};
     contextMenu(playlists(), 0).choose("Rename…");
-    EXPECT_EQ(nameField().text(), QStringLiteral("Old"));
+    EXPECT_EQ(typedName(), QStringLiteral("Old"));
     type(" New & shiny ");
     key(Qt::Key_Return);
     EXPECT_THAT(playlistNames(), ElementsAre("New & shiny", "Favorites"));

@@ -118,17 +118,12 @@ TEST_F(Window, dividesItsWidthByDraggingWithinTheLimits) {
     auto* divider = window->findChild<QWidget*>(QStringLiteral("divider"));
     ASSERT_NE(divider, nullptr);
     EXPECT_EQ(divider->cursor().shape(), Qt::SplitHCursor);
-    const auto dragTo = [&](int x) {
+    for (const auto& [x, width] : {std::pair(450, 450), std::pair(20, 300), std::pair(990, 600)}) {
         QTest::mousePress(divider, Qt::LeftButton, {}, QPoint(10, 50));
         QTest::mouseMove(divider, divider->mapFrom(window.get(), QPoint(x, 50)));
         QTest::mouseRelease(divider, Qt::LeftButton);
-    };
-    dragTo(450);
-    EXPECT_EQ(window->sidebar().width(), 450);
-    dragTo(20);
-    EXPECT_EQ(window->sidebar().width(), 300);
-    dragTo(990);
-    EXPECT_EQ(window->sidebar().width(), 600);
+        EXPECT_EQ(window->sidebar().width(), width);
+    }
     EXPECT_EQ(window->trackList().x(), 601);
     window->resize(1400, 700);
     EXPECT_EQ(window->sidebar().width(), 840) << "the fraction is kept";
