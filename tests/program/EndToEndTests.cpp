@@ -85,19 +85,18 @@ class EndToEnd : public HomeTest, public testing::WithParamInterface<int> {
             const QByteArray file =
                 folder + '/' + QByteArray::number(++number) + " " + title + ".flac";
             mediaKind("flac 16").write(home_.at(file), music_.part(0, 20 * rate));
-            const QByteArray tags[] = {QByteArray("TITLE=") + title,
-                                       "ARTIST=Glass Harbour",
-                                       "ALBUM=Tidal Rooms",
-                                       "ALBUMARTIST=Glass Harbour",
-                                       "DATE=2019",
-                                       "TRACKNUMBER=" + QByteArray::number(number)};
-            QStringList command{QStringLiteral("metaflac"), QStringLiteral("--remove-all-tags"),
-                                QStringLiteral("--import-picture-from=") +
-                                    QString::fromUtf8(home_.path("cover.png"))};
-            for (const QByteArray& tag : tags) {
-                command << QStringLiteral("--set-tag=") + QString::fromUtf8(tag);
-            }
-            runProgram(command << QString::fromUtf8(home_.path(file)));
+            const std::vector<std::string> command{
+                "metaflac",
+                "--remove-all-tags",
+                "--import-picture-from=" + home_.path("cover.png").toStdString(),
+                "--set-tag=TITLE=" + std::string(title),
+                "--set-tag=ARTIST=Glass Harbour",
+                "--set-tag=ALBUM=Tidal Rooms",
+                "--set-tag=ALBUMARTIST=Glass Harbour",
+                "--set-tag=DATE=2019",
+                "--set-tag=TRACKNUMBER=" + std::to_string(number),
+                home_.path(file).toStdString()};
+            EXPECT_EQ(runToEnd({.command = command}).status, 0);
         }
     }
 
@@ -118,13 +117,11 @@ class EndToEnd : public HomeTest, public testing::WithParamInterface<int> {
     QImage picture(const QString& name, Of what = Of::window) {
         QThread::msleep(500);
         const QString file = QStringLiteral("%1/%2@%3x.png").arg(pictures_, name).arg(scale());
-        const int status =
-            ChildProcess({.command = {"import", "-window",
-                                      what == Of::screen ? "root" : display_.windowId("Halvenor"),
-                                      file.toStdString()},
-                          .environment = environment()})
-                .wait();
-        EXPECT_EQ(status, 0);
+        const std::string window = what == Of::screen ? "root" : display_.windowId("Halvenor");
+        EXPECT_EQ(runToEnd({.command = {"import", "-window", window, file.toStdString()},
+                            .environment = environment()})
+                      .status,
+                  0);
         return QImage(file);
     }
     void pictureMenu() {
