@@ -202,14 +202,8 @@ TEST(ArtworkFormat, turnsAPictureTheWayItIsMeant) {
 }
 
 TEST_F(ArtworkImportTest, saysWhatASaveWillDo) {
-    const auto note = [&](std::initializer_list<const char*> names) {
-        QList<Track> tracks;
-        for (const char* name : names) {
-            TrackFields fields;
-            fields.url = FileUrl(QByteArray("/m/") + name);
-            tracks.append(Track(fields));
-        }
-        return AlbumTagEditor(state(), tracks).note();
+    const auto note = [&](const std::vector<QByteArray>& names) {
+        return AlbumTagEditor(state(), tracks(names)).note();
     };
     EXPECT_EQ(note({"a.mp3", "b.FLAC"}),
               QStringLiteral("Changes apply to 2 tracks. Track titles are preserved."));

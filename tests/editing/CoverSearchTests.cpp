@@ -15,7 +15,7 @@ DiscogsConfiguration pointedAt(const HttpServer& server) {
     return configuration;
 }
 
-Track track(const char* artist, const char* album, const char* albumArtist) {
+Track tagged(const char* artist, const char* album, const char* albumArtist) {
     TrackFields fields;
     fields.url = FileUrl("/m/a.mp3");
     fields.artist = QString::fromUtf8(artist);
@@ -66,8 +66,8 @@ TEST_F(CoverSearchTest, theAlbumEditorAsksByItsFieldsAndThenByItsFirstTrack) {
         const char* album;
         const char* asked;
     };
-    const Track whole = track("Singer", "First", "Band");
-    const Track noBand = track("Singer", "First", "");
+    const Track whole = tagged("Singer", "First", "Band");
+    const Track noBand = tagged("Singer", "First", "");
     const Case cases[] = {{"Typed", "Other", "Name", "Typed Name"},
                           {" \n", "Other", " Name ", "Other Name"},
                           {"", " ", "\t", "Band First"}};
@@ -83,8 +83,8 @@ TEST_F(CoverSearchTest, theAlbumEditorAsksByItsFieldsAndThenByItsFirstTrack) {
     EXPECT_EQ(asks(bandless), "Singer First");
 
     const char* const refusal = "Artist and album are required to search Discogs.";
-    for (const Track& track : {track("", "First", ""), track("Singer", "", "")}) {
-        AlbumTagEditor editor(state(), {track}, discogs_);
+    for (const Track& incomplete : {tagged("", "First", ""), tagged("Singer", "", "")}) {
+        AlbumTagEditor editor(state(), {incomplete}, discogs_);
         EXPECT_EQ(asks(editor), refusal);
     }
     AlbumTagEditor empty(state(), {}, discogs_);
@@ -92,7 +92,7 @@ TEST_F(CoverSearchTest, theAlbumEditorAsksByItsFieldsAndThenByItsFirstTrack) {
 }
 
 TEST_F(CoverSearchTest, theAlbumEditorTakesTheCoverInTheFormOfFiles) {
-    AlbumTagEditor editor(state(), {track("Ada", "First", "")}, discogs_);
+    AlbumTagEditor editor(state(), {tagged("Ada", "First", "")}, discogs_);
     offer(picture("webp"));
     fetch(editor);
     ASSERT_TRUE(spinUntil([&] { return !*editor.isImportingArtwork; }));
@@ -103,7 +103,7 @@ TEST_F(CoverSearchTest, theAlbumEditorTakesTheCoverInTheFormOfFiles) {
 }
 
 TEST_F(CoverSearchTest, theLastImageThatCameWins) {
-    AlbumTagEditor editor(state(), {track("Ada", "First", "")}, discogs_);
+    AlbumTagEditor editor(state(), {tagged("Ada", "First", "")}, discogs_);
     editor.applyArtworkData(noisePicture(1500, 1500), QStringLiteral("slow.jpg"));
     editor.applyArtworkData(picture("png"), QStringLiteral("fast.png"));
     EXPECT_TRUE(*editor.isImportingArtwork);
@@ -153,7 +153,7 @@ TEST_F(CoverSearchTest, theTrackEditorTakesTheCoverAsItIsForOneTrackAlone) {
 TEST_F(CoverSearchTest, endsWithItsEditor) {
     server_.answer("/search", HttpAnswer::silence());
     {
-        AlbumTagEditor editor(state(), {track("Ada", "First", "")}, discogs_);
+        AlbumTagEditor editor(state(), {tagged("Ada", "First", "")}, discogs_);
         for (int i = 1; i <= 2; ++i) {  // the second search ends the first
             editor.fetchDiscogsCover();
             ASSERT_TRUE(spinUntil(

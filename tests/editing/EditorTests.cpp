@@ -1,6 +1,4 @@
 // The two editors of tags, from the fields to the files.
-#include <filesystem>
-
 #include "discogs/Pictures.h"
 #include "editing/AlbumTagEditor.h"
 #include "editing/TrackTagEditor.h"
@@ -97,14 +95,9 @@ TEST_F(EditorTest, badYearsAndUnwritableFoldersWriteNothing) {
 
 TEST_F(EditorTest, failuresAreToldAndDoNotStopTheOthers) {
     makeFolder("n");
-    QList<Track> tracks;
-    for (const char* name : {"gone 1.mp3", "gone 2.mp3", "gone 3.flac", "gone 4.mp3"}) {
-        TrackFields fields;
-        fields.url = folder("n").appendingPathComponent(name);
-        tracks.append(Track(fields));
-    }
-    tracks.insert(1, shown(0));
-    AlbumTagEditor editor(state(), tracks);
+    QList<Track> edited = tracks({"n/gone 1.mp3", "n/gone 2.mp3", "n/gone 3.flac", "n/gone 4.mp3"});
+    edited.insert(1, shown(0));
+    AlbumTagEditor editor(state(), edited);
     editor.album.text = QStringLiteral("Second");
     EXPECT_FALSE(saves(editor));
     EXPECT_EQ(*editor.errorMessage,
@@ -148,8 +141,7 @@ TEST_F(EditorTest, aFileThatWasTaggedAndThenMovedIsStillFollowed) {
     AlbumTagEditor editor(state(), shown());
     editor.artist.text = QStringLiteral("New");
     EXPECT_TRUE(saves(editor));
-    std::filesystem::rename(folder("m/a.mp3").path().toStdString(),
-                            folder("m/moved.mp3").path().toStdString());
+    moveItem("m/a.mp3", "m/moved.mp3");
     const int before = checks();
     state().checkRelocations();
     ASSERT_TRUE(spinUntil([&] { return checks() > before; }));
