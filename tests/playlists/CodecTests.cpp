@@ -123,15 +123,5 @@ TEST(PlaylistCodec, WhatIsReadFromDamagedTextCanBeWrittenAndReadAgain) {
     EXPECT_LT(taken, 19'500);
 }
 
-TEST(Playlist, HashIsOfEveryField) {
-    const Playlist one{firstId, QStringLiteral("a"), {FileUrl("/1"), FileUrl("/2")}};
-    EXPECT_EQ(qHash(one), qHash(Playlist(one)));
-    for (const Playlist& other : {Playlist{secondId, one.name, one.trackURLs},
-                                  Playlist{firstId, QStringLiteral("b"), one.trackURLs},
-                                  Playlist{firstId, one.name, {FileUrl("/2"), FileUrl("/1")}}}) {
-        EXPECT_NE(qHash(one), qHash(other));
-    }
-}
-
 }  // namespace
 }  // namespace halvenor

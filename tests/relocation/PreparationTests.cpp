@@ -4,10 +4,8 @@
 #include <sys/stat.h>
 #include <vector>
 
-#include "base/AtomicFile.h"
 #include "relocation/FileTools.h"
 #include "relocation/Fingerprint.h"
-#include "relocation/FolderContents.h"
 #include "relocation/MoveDetection.h"
 #include "relocation/RecordDate.h"
 #include "relocation/RelocationStore.h"

@@ -46,13 +46,12 @@ struct Album {
     RelocationRecords records;
 };
 
-struct Case {
-    const char* name;
-    void (*change)(Album&);
-};
-
-TEST(Verification, AcceptsWhatHoldsAllThatIsRemembered) {
-    const Case cases[] = {
+TEST(Verification, AcceptsWhatHoldsAllThatIsRememberedAndNothingLess) {
+    struct Case {
+        const char* name;
+        void (*change)(Album&);
+    };
+    const Case accepted[] = {
         {"nothing else", [](Album&) {}},
         {"more files", [](Album& album) { album.folder.makeFile("new/CD 2/3.flac", "more"); }},
         {"a file without a record changed", [](Album& album) { album.change("cover.jpg", 0); }},
@@ -81,15 +80,7 @@ TEST(Verification, AcceptsWhatHoldsAllThatIsRemembered) {
              album.records[0].path = album.folder.path("older/missing.mp3");
          }},
     };
-    for (const Case& c : cases) {
-        Album album;
-        c.change(album);
-        EXPECT_TRUE(album.isValid()) << c.name;
-    }
-}
-
-TEST(Verification, RefusesWhatLacksSomething) {
-    const Case cases[] = {
+    const Case refused[] = {
         {"a remembered file is gone",
          [](Album& album) {
              album.records[0].children.reset();
@@ -145,9 +136,13 @@ TEST(Verification, RefusesWhatLacksSomething) {
          }},
         {"nothing is remembered", [](Album& album) { album.records.clear(); }},
     };
-    for (const Case& c : cases) {
+    for (const Case& c : accepted) {
         Album album;
-        ASSERT_TRUE(album.isValid()) << "before " << c.name;
+        c.change(album);
+        EXPECT_TRUE(album.isValid()) << c.name;
+    }
+    for (const Case& c : refused) {
+        Album album;
         c.change(album);
         EXPECT_FALSE(album.isValid()) << c.name;
         album.setMode("CD 2", 0700);

@@ -3,6 +3,7 @@
 #include <QCoreApplication>
 
 #include <filesystem>
+#include <functional>
 
 #include "selftest/audiowriter/AudioWriter.h"
 #include "support/MediaLibrary.h"
@@ -13,6 +14,15 @@ namespace {
 
 QByteArray nameOf(const std::optional<Track>& track) {
     return track ? track->url().deletingPathExtension().lastPathComponent() : "none";
+}
+
+template <class List, class Name>
+QByteArray joined(const List& list, Name name) {
+    QList<QByteArray> words;
+    for (const auto& each : list) {
+        words.append(std::invoke(name, each));
+    }
+    return words.join(' ');
 }
 
 }  // namespace
@@ -104,6 +114,14 @@ void AppStateFixture::addLocation(const QByteArray& relative,
     ASSERT_TRUE(spinUntil([&] { return state().isFolderLoaded(item(relative)); }));
 }
 
+void AppStateFixture::addLibrary(
+    const std::vector<std::pair<QByteArray, std::vector<QByteArray>>>& folders) {
+    for (const auto& [name, files] : folders) {
+        makeFolder("lib/" + name, files);
+    }
+    addLocation("lib");
+}
+
 void AppStateFixture::playTrackToItsEnd() {
     int changes = 0;
     const Subscription tracks = engine().currentTrack.subscribe([&](const auto&) { ++changes; });
@@ -139,19 +157,11 @@ Settings AppStateFixture::storedSettings() {
 }
 
 QByteArray titles(const TrackList& tracks) {
-    QList<QByteArray> words;
-    for (const Track& track : tracks) {
-        words.append(nameOf(track));
-    }
-    return words.join(' ');
+    return joined(tracks, nameOf);
 }
 
 QByteArray names(const FolderList& folders) {
-    QList<QByteArray> words;
-    for (const FolderItem& folder : folders) {
-        words.append(folder.name());
-    }
-    return words.join(' ');
+    return joined(folders, &FolderItem::name);
 }
 
 }  // namespace halvenor::test

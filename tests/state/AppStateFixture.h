@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <memory>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "state/AppState.h"
@@ -49,6 +49,9 @@ class AppStateFixture : public testing::Test {
     void openAndRead(const QByteArray& relative, const std::vector<QByteArray>& files = {});
     /// Adds the Location, made with these files, and waits until it is listed.
     void addLocation(const QByteArray& relative, const std::vector<QByteArray>& files = {});
+
+    /// Adds the Location "lib" of these folders, each with its files, and waits until it is listed.
+    void addLibrary(const std::vector<std::pair<QByteArray, std::vector<QByteArray>>>& folders);
 
     /// Plays to the end of the current track, and on into the next or to the end of all.
     void playTrackToItsEnd();

@@ -62,13 +62,5 @@ TEST(TagService, readsBatchesInOrderWhileTheLoopRuns) {
     EXPECT_LT(ticker.longestStall(), 1000);
 }
 
-TEST(TagService, aStoppedBatchIsCancelled) {
-    std::stop_source source;
-    source.request_stop();
-    auto job =
-        TagService::shared().readMetadata(QList<FileUrl>{FileUrl("/a.mp3")}, source.get_token());
-    EXPECT_THROW(runToCompletion(job), Cancelled);
-}
-
 }  // namespace
 }  // namespace halvenor

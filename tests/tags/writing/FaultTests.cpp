@@ -4,7 +4,6 @@
 #include <atomic>
 #include <csignal>
 #include <ctime>
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <random>
 #include <sys/mman.h>
@@ -14,7 +13,6 @@
 #include <unistd.h>
 
 #include "base/AtomicFile.h"
-#include "base/FileDescriptor.h"
 #include "base/TemporaryFile.h"
 #include "support/MediaLibrary.h"
 #include "support/PeakMemory.h"
@@ -196,11 +194,6 @@ TEST_P(Saving, failsWhereNothingMayBeWritten) {
         EXPECT_TRUE(readBytes(file) == bytes) << each.name;
         EXPECT_EQ(namesIn(folder.at("inner")).size(), 1U) << each.name;
     }
-    EXPECT_EQ(failureOfWriting(edit(0), folder.at("inner/gone/" + name())),
-              "Could not read file: No such file or directory");
-    ASSERT_EQ(::mkfifo(folder.path("pipe.mp3").constData(), 0600), 0);
-    EXPECT_EQ(failureOfWriting(edit(0), folder.at("pipe.mp3")),
-              "Could not read file: Not a regular file");
 }
 
 // Sizes that are claimed, and zeros that go on and on.

@@ -62,4 +62,11 @@ ID3TagFields fullEdit() {
     return fields;
 }
 
+ID3TagFields largeEdit() {
+    ID3TagFields fields = fullEdit();
+    fields.artworkData = QByteArray(70'000, 'j');
+    fields.artworkMimeType = QStringLiteral("image/jpeg");
+    return fields;
+}
+
 }  // namespace halvenor::test

@@ -54,5 +54,7 @@ void expectRewritten(const std::vector<RewriteCase>& cases, const char* fileName
 ID3TagFields titleEdit(const QString& title);
 /// An edit of every field, without artwork.
 ID3TagFields fullEdit();
+/// An edit of every field, with artwork of 70,000 bytes.
+ID3TagFields largeEdit();
 
 }  // namespace halvenor::test
