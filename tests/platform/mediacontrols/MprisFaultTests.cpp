@@ -51,7 +51,7 @@ TEST_F(MprisFaultTest, withoutABusNothingHappensUntilThereIsOne) {
     EXPECT_LT(ticker.longestStall(), 200);
     bus_.start();
     ASSERT_TRUE(comesBack());
-    EXPECT_EQ(metadata().value(text("xesam:title")), text("A track"));
+    EXPECT_EQ(metadata("xesam:title"), text("A track"));
 }
 
 TEST_F(MprisFaultTest, withoutAnAddressNoBusIsStarted) {
@@ -86,7 +86,7 @@ TEST_F(MprisFaultTest, aBusThatGoesAwayIsSoughtAgain) {
         EXPECT_LT(idleLoad(), 0.2);
         bus_.start();
         ASSERT_TRUE(comesBack());
-        callPlayer(text("Play"));
+        callPlayer("Play");
         EXPECT_EQ(player_.log.size(), static_cast<size_t>(i + 1));
     }
 }
@@ -139,7 +139,7 @@ TEST_F(MprisFaultTest, aNameThatIsTakenGetsASuffix) {
     name_ += QStringLiteral(".instance%1").arg(QCoreApplication::applicationPid());
     ASSERT_TRUE(start());
     EXPECT_EQ(client_->ownerOf(taken), other.connection().baseService());
-    callPlayer(text("Play"));
+    callPlayer("Play");
     EXPECT_EQ(player_.log.size(), 1U);
 }
 
@@ -192,7 +192,7 @@ TEST_F(MprisFaultTest, nonsenseIsAnsweredWithErrors) {
     EXPECT_EQ(client_->call(name_, text("/org/mpris"), playerInterface, text("Next")).type(),
               QDBusMessage::ErrorMessage);
     EXPECT_THAT(player_.log, IsEmpty());
-    EXPECT_EQ(callPlayer(text("Next")).type(), QDBusMessage::ReplyMessage);
+    EXPECT_EQ(callPlayer("Next").type(), QDBusMessage::ReplyMessage);
 }
 
 TEST_F(MprisFaultTest, aFloodOfCallsIsWorkedOffInItsOrder) {

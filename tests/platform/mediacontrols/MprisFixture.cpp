@@ -50,16 +50,16 @@ void SignalLog::received(const QDBusMessage& message) {
     signals_.push_back(std::move(signal));
 }
 
-std::vector<SignalLog::Signal> SignalLog::named(const QString& name) const {
+std::vector<SignalLog::Signal> SignalLog::named(const char* name) const {
     std::vector<Signal> found;
     std::ranges::copy_if(signals_, std::back_inserter(found),
-                         [&](const Signal& signal) { return signal.name == name; });
+                         [&](const Signal& signal) { return signal.name == text(name); });
     return found;
 }
 
-int SignalLog::count(const QString& property) const {
+int SignalLog::count(const char* property) const {
     return static_cast<int>(std::ranges::count_if(
-        signals_, [&](const Signal& signal) { return signal.changed.contains(property); }));
+        signals_, [&](const Signal& signal) { return signal.changed.contains(text(property)); }));
 }
 
 FakePlayer::FakePlayer() {
@@ -135,17 +135,17 @@ bool MprisTest::start() {
     return spinUntil([this] { return !client_->ownerOf(name_).isEmpty(); });
 }
 
-QDBusMessage MprisTest::callPlayer(const QString& method, const QVariantList& arguments) {
-    return client_->call(name_, path, playerInterface, method, arguments);
+QDBusMessage MprisTest::callPlayer(const char* method, const QVariantList& arguments) {
+    return client_->call(name_, path, playerInterface, text(method), arguments);
 }
 
-QDBusMessage MprisTest::callRoot(const QString& method, const QVariantList& arguments) {
-    return client_->call(name_, path, rootInterface, method, arguments);
+QDBusMessage MprisTest::callRoot(const char* method, const QVariantList& arguments) {
+    return client_->call(name_, path, rootInterface, text(method), arguments);
 }
 
-QVariant MprisTest::property(const QString& name) {
+QVariant MprisTest::property(const char* name) {
     const QDBusMessage answer = client_->call(name_, path, propertiesInterface,
-                                              QStringLiteral("Get"), {playerInterface, name});
+                                              QStringLiteral("Get"), {playerInterface, text(name)});
     EXPECT_EQ(answer.type(), QDBusMessage::ReplyMessage) << qPrintable(answer.errorMessage());
     return answer.arguments().value(0).value<QDBusVariant>().variant();
 }
@@ -156,15 +156,15 @@ QVariantMap MprisTest::properties(const QString& interface) {
     return qdbus_cast<QVariantMap>(answer.arguments().value(0));
 }
 
-QString MprisTest::setProperty(const QString& name, const QVariant& value) {
+QString MprisTest::setProperty(const char* name, const QVariant& value) {
     return client_
         ->call(name_, path, propertiesInterface, QStringLiteral("Set"),
-               {playerInterface, name, QVariant::fromValue(QDBusVariant(value))})
+               {playerInterface, text(name), QVariant::fromValue(QDBusVariant(value))})
         .errorName();
 }
 
 QVariantMap MprisTest::metadata() {
-    return qdbus_cast<QVariantMap>(property(QStringLiteral("Metadata")));
+    return qdbus_cast<QVariantMap>(property("Metadata"));
 }
 
 // Its turn of the event loop and those of its timers, then one call there and back: the bus keeps

@@ -30,9 +30,9 @@ class SignalLog final : public QObject {
         qlonglong position = 0;  ///< of Seeked, in microseconds
     };
     const std::vector<Signal>& all() const { return signals_; }
-    std::vector<Signal> named(const QString& name) const;
+    std::vector<Signal> named(const char* name) const;
     /// How often a property was told.
-    int count(const QString& property) const;
+    int count(const char* property) const;
     void clear() { signals_.clear(); }
 
   public Q_SLOTS:
@@ -76,15 +76,16 @@ class MprisTest : public testing::Test {
     void stop() { service_.reset(); }
     NowPlayingService& service() { return *service_; }
 
-    QDBusMessage callPlayer(const QString& method, const QVariantList& arguments = {});
-    QDBusMessage callRoot(const QString& method, const QVariantList& arguments = {});
-    QVariant property(const QString& name);
+    QDBusMessage callPlayer(const char* method, const QVariantList& arguments = {});
+    QDBusMessage callRoot(const char* method, const QVariantList& arguments = {});
+    QVariant property(const char* name);
     QVariantMap properties(const QString& interface);
     /// The error's name; empty for none.
-    QString setProperty(const QString& name, const QVariant& value);
+    QString setProperty(const char* name, const QVariant& value);
     /// Waits until everything that was sent up to now has arrived.
     void settle();
     QVariantMap metadata();
+    QVariant metadata(const char* key) { return metadata().value(text(key)); }
 
     /// Runs a program to its end while the event loop runs. @return its standard output
     QByteArray run(const std::vector<std::string>& command);
