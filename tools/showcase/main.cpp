@@ -1,6 +1,7 @@
 // Renders the window with an example library to PNG files, in every theme: to look at.
 //
-//   QT_QPA_PLATFORM=offscreen ui_showcase FOLDER        (QT_SCALE_FACTOR=2 for twice the pixels)
+//   QT_QPA_PLATFORM=offscreen halvenor-showcase FOLDER        (QT_SCALE_FACTOR=2 for twice the
+//   pixels)
 #include <QClipboard>
 
 #include <cstdio>
