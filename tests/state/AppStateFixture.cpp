@@ -147,7 +147,7 @@ QByteArray AppStateFixture::queued() {
 QString AppStateFixture::takeFailure() {
     EXPECT_TRUE(spinUntil([&] { return state().playbackErrorMessage->has_value(); }));
     const QString message = state().playbackErrorMessage->value_or(QString());
-    state().playbackErrorMessage = std::nullopt;
+    state().playbackErrorMessage.mutate([](auto& text) { text.reset(); });
     return message;
 }
 
