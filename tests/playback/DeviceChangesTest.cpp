@@ -16,13 +16,6 @@ using namespace halvenor;
 using namespace halvenor::test;
 using std::chrono::milliseconds;
 
-/// libpulse hands out mutexes that it makes at their first use, by atomics that ThreadSanitizer
-/// does not see. No code of ours runs inside that function.
-extern "C" const char* __tsan_default_suppressions();
-extern "C" const char* __tsan_default_suppressions() {
-    return "race:pa_mutex_lock\n";
-}
-
 namespace {
 
 const QString mainSink = QStringLiteral("main");

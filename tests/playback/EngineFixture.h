@@ -17,6 +17,7 @@
 #include "playback/AudioEngineManager.h"
 #include "support/ManualOutput.h"
 #include "support/MemoryFile.h"
+#include "support/Samples.h"
 #include "support/TemporaryFolder.h"
 
 namespace halvenor::test {
@@ -102,12 +103,6 @@ class NoiseFiles {
 inline std::vector<float> operator+(std::vector<float> a, const std::vector<float>& b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
-}
-
-/// Where two recordings part, in samples; -1 when they are the same.
-inline int64_t firstDifference(const std::vector<float>& a, const std::vector<float>& b) {
-    const auto [first, second] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
-    return first == a.end() && second == b.end() ? -1 : first - a.begin();
 }
 
 /// The names of the second names that stand in the folder for them.

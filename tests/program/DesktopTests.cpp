@@ -4,11 +4,6 @@
 namespace halvenor::test {
 namespace {
 
-int launchAgain(const Variables& environment) {
-    return runToEnd({.command = {"timeout", "20", HALVENOR_PROGRAM}, .environment = environment})
-        .status;
-}
-
 TEST_F(DesktopTest, closingTheWindowLeavesTheMusicAndAnotherLaunchBringsTheWindowBack) {
     start();
     playUntil(startPosition + 0.3);
@@ -16,12 +11,12 @@ TEST_F(DesktopTest, closingTheWindowLeavesTheMusicAndAnotherLaunchBringsTheWindo
     ASSERT_TRUE(vanishes());
     EXPECT_TRUE(isPlayingOn());
 
-    EXPECT_EQ(launchAgain(environment()), 0);
+    EXPECT_EQ(launchAgain().status, 0);
     EXPECT_TRUE(appears());
     EXPECT_TRUE(isPlayingOn());
     display_.minimise("Halvenor");
     ASSERT_TRUE(vanishes());
-    EXPECT_EQ(launchAgain(environment()), 0);
+    EXPECT_EQ(launchAgain().status, 0);
     EXPECT_TRUE(appears());
     EXPECT_EQ(display_.windowCount("Halvenor"), 1);
 

@@ -81,6 +81,13 @@ class HomeTest : public testing::Test {
         expectOrderlyEnd();
     }
 
+    /// Runs the program once more, which hands over to the one that runs.
+    ProgramResult launchAgain(const std::vector<std::string>& places = {}) const {
+        std::vector<std::string> command = {"timeout", "20", HALVENOR_PROGRAM};
+        command.insert(command.end(), places.begin(), places.end());
+        return runToEnd({.command = command, .environment = environment()});
+    }
+
     /// Starts a session bus, through which users ask the program what plays.
     void startBus() {
         bus_.emplace();

@@ -48,9 +48,7 @@ TEST_F(WaylandTest, theWindowShowsAndAnotherLaunchPlays) {
         }
         return changed > bare.width() / 2;
     }));
-    const ProgramResult launch =
-        runToEnd({.command = {HALVENOR_PROGRAM, track().path().toStdString()},
-                  .environment = environment()});
+    const ProgramResult launch = launchAgain({track().path().toStdString()});
     EXPECT_EQ(launch.status, 0) << launch.error.constData();
     EXPECT_TRUE(
         comesTrue([&] { return storedPosition() > 0.3 && storedPosition() < startPosition; }));

@@ -69,7 +69,19 @@ BusClient::BusClient(const BusDaemon& bus)
       connection_(QDBusConnection::connectToBus(QString::fromLatin1(bus.address()), name_)) {}
 
 BusClient::~BusClient() {
+    // The library's thread, which closes the connection, finds nothing of the object.
+    if (published_ != nullptr) {
+        connection_.unregisterObject(publishedPath_);
+        QObject::disconnect(published_, &QObject::destroyed, nullptr, nullptr);
+    }
     QDBusConnection::disconnectFromBus(name_);
+}
+
+bool BusClient::publish(QObject& object, const QString& service, const QString& path,
+                        QDBusConnection::RegisterOptions what) {
+    published_ = &object;
+    publishedPath_ = path;
+    return connection_.registerObject(path, &object, what) && connection_.registerService(service);
 }
 
 QDBusMessage BusClient::call(const QString& service, const QString& path, const QString& interface,

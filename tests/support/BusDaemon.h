@@ -49,6 +49,11 @@ class BusClient {
 
     QDBusConnection& connection() { return connection_; }
 
+    /// Lets others reach `object`, which lives at least as long as this, under a name of the bus.
+    /// @return whether the name was free
+    bool publish(QObject& object, const QString& service, const QString& path,
+                 QDBusConnection::RegisterOptions what);
+
     /// The answer, which may be an error.
     QDBusMessage call(const QString& service, const QString& path, const QString& interface,
                       const QString& method, const QVariantList& arguments = {});
@@ -59,6 +64,8 @@ class BusClient {
   private:
     QString name_;
     QDBusConnection connection_;
+    QObject* published_ = nullptr;
+    QString publishedPath_;
 };
 
 }  // namespace halvenor::test

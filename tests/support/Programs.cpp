@@ -43,4 +43,10 @@ QByteArray runProgram(const QStringList& commandLine, const QByteArray& input) {
     return result.output;
 }
 
+QByteArray outputOf(const char* command, const QByteArray& path) {
+    QStringList words = QString::fromLatin1(command).split(u' ');
+    words.replaceInStrings(QStringLiteral("FILE"), QFile::decodeName(path));
+    return runProgram(words);
+}
+
 }  // namespace halvenor::test

@@ -21,5 +21,7 @@ ProgramResult runToEnd(ChildProcess::Setup setup, const QByteArray& input = {});
 /// The same for what should succeed. @return its standard output
 /// @throws std::runtime_error with its standard error when it can't be started or fails
 QByteArray runProgram(const QStringList& commandLine, const QByteArray& input = {});
+/// The same for a command line whose arguments blanks divide. FILE stands for a file's path.
+QByteArray outputOf(const char* command, const QByteArray& path);
 
 }  // namespace halvenor::test

@@ -2,7 +2,6 @@
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QUuid>
 
 #include <algorithm>
@@ -115,15 +114,13 @@ void SessionBus::send(const QDBusMessage& message) const {
     }
 }
 
-void SessionBus::ask(const QDBusMessage& call, std::function<void(const QVariantList&)> take) {
+void SessionBus::ask(const QDBusMessage& message, std::function<void(const QVariantList&)> take) {
     if (!connection_) {
         return;
     }
-    auto* const watcher = new QDBusPendingCallWatcher(connection_->asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, take = std::move(take)] {
-        watcher->deleteLater();
-        if (!watcher->isError()) {
-            take(watcher->reply().arguments());
+    call(message, [take = std::move(take)](const QDBusMessage& answer) {
+        if (answer.type() == QDBusMessage::ReplyMessage) {
+            take(answer.arguments());
         }
     });
 }
@@ -169,14 +166,12 @@ void SessionBus::requestName(qsizetype index) {
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
         QStringLiteral("org.freedesktop.DBus"), QStringLiteral("RequestName"));
     request << names_.at(index) << doNotQueue;
-    auto* const watcher = new QDBusPendingCallWatcher(connection_->asyncCall(request), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, index] {
-        watcher->deleteLater();
-        const QDBusPendingReply<uint> reply = *watcher;
-        if (!connection_ || reply.isError()) {
+    call(request, [this, index](const QDBusMessage& answer) {
+        if (answer.type() != QDBusMessage::ReplyMessage) {
             return connectionLost();
         }
-        if (reply.value() == isPrimaryOwner || reply.value() == isAlreadyOwner) {
+        const uint verdict = answer.arguments().value(0).toUInt();
+        if (verdict == isPrimaryOwner || verdict == isAlreadyOwner) {
             isNamed_ = true;
             retryDelay_ = firstRetryDelay;
             callbacks_.onNamed();
@@ -186,6 +181,18 @@ void SessionBus::requestName(qsizetype index) {
             connectionLost();
         }
     });
+}
+
+// The answer may be an error. One that comes when the connection is gone is nobody's.
+void SessionBus::call(const QDBusMessage& message, std::function<void(const QDBusMessage&)> take) {
+    auto* const watcher = new QDBusPendingCallWatcher(connection_->asyncCall(message), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+            [this, watcher, take = std::move(take)] {
+                watcher->deleteLater();
+                if (connection_) {
+                    take(watcher->reply());
+                }
+            });
 }
 
 void SessionBus::connectionLost() {

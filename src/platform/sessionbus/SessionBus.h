@@ -45,13 +45,14 @@ class SessionBus final : public QObject {
     Q_OBJECT
 
   public:
+    /// What is not given is not told.
     struct Callbacks {
         /// Connected, without a name yet: what is published can be reached, others can be asked.
-        std::function<void()> onConnected;
+        std::function<void()> onConnected = [] {};
         /// The name is there: clients see this process from now on.
-        std::function<void()> onNamed;
+        std::function<void()> onNamed = [] {};
         /// The connection is gone; nothing is reached through it any more.
-        std::function<void()> onLost;
+        std::function<void()> onLost = [] {};
     };
 
     /// @param names to ask for, in this order, until one is free; empty for a client that nobody
@@ -76,7 +77,7 @@ class SessionBus final : public QObject {
     void send(const QDBusMessage& message) const;
     /// Calls somebody without waiting. `take` gets what the answer holds, later; it gets nothing
     /// where there is no connection, nobody answers, or the answer is an error.
-    void ask(const QDBusMessage& call, std::function<void(const QVariantList&)> take);
+    void ask(const QDBusMessage& message, std::function<void(const QVariantList&)> take);
 
   private Q_SLOTS:
     void connectionLost();
@@ -95,6 +96,7 @@ class SessionBus final : public QObject {
     Task<> connectToBus(std::stop_token stop);
     void connected();
     void requestName(qsizetype index);
+    void call(const QDBusMessage& message, std::function<void(const QDBusMessage&)> take);
     void takeBack(QDBusConnection& connection);
     void disconnectFromBus();
     void retryLater();

@@ -22,15 +22,8 @@ class FakePortal final : public QObject, public QDBusContext {
 
   public:
     explicit FakePortal(const BusDaemon& bus) : client_(bus) {
-        client_.connection().registerObject(path, this, QDBusConnection::ExportAllSlots);
-        EXPECT_TRUE(
-            client_.connection().registerService(QStringLiteral("org.freedesktop.portal.Desktop")));
-    }
-
-    // The library's thread, which closes the connection, finds nothing of this object.
-    ~FakePortal() override {
-        client_.connection().unregisterObject(path);
-        QObject::disconnect(this, &QObject::destroyed, nullptr, nullptr);
+        EXPECT_TRUE(client_.publish(*this, QStringLiteral("org.freedesktop.portal.Desktop"), path,
+                                    QDBusConnection::ExportAllSlots));
     }
 
     void change(const QString& group, const QString& key, const QVariant& value) {

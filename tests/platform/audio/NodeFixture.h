@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <gmock/gmock.h>
 #include <memory>
 #include <mutex>
@@ -11,15 +10,9 @@
 #include "platform/audio/PlayerNode.h"
 #include "support/ManualOutput.h"
 #include "support/MemoryFile.h"
+#include "support/Samples.h"
 
 namespace halvenor::test {
-
-/// Where two recordings part, in samples; -1 when they are the same. Readable where a matcher would
-/// print a million numbers.
-inline int64_t firstDifference(const std::vector<float>& a, const std::vector<float>& b) {
-    const auto [first, second] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
-    return first == a.end() && second == b.end() ? -1 : first - a.begin();
-}
 
 /// A node on an output pulled by hand, and a record of the handlers that it called.
 struct NodeFixture {

@@ -1,6 +1,5 @@
 // The real outputs in real time: the sound server's, with a private server whose sink is recorded,
 // and the silent one.
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QThread>
@@ -12,32 +11,17 @@
 #include "platform/audio/AudioEngine.h"
 #include "platform/audio/Outputs.h"
 #include "platform/audio/PlayerNode.h"
+#include "support/EventLoop.h"
 #include "support/MemoryFile.h"
 #include "support/SoundServer.h"
 
 using namespace halvenor;
 using namespace halvenor::test;
-
-/// libpulse hands out mutexes that it makes at their first use, by atomics that ThreadSanitizer
-/// does not see. No code of ours runs inside that function.
-extern "C" const char* __tsan_default_suppressions();
-extern "C" const char* __tsan_default_suppressions() {
-    return "race:pa_mutex_lock\n";
-}
+using namespace std::chrono_literals;
 
 namespace {
 
 constexpr AudioFormat cd{44100, 2};
-
-bool waitUntil(const std::function<bool()>& condition) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition() && timer.elapsed() < 10000) {
-        QThread::msleep(5);
-        QCoreApplication::processEvents();
-    }
-    return condition();
-}
 
 /// A node on the sound server.
 struct Player {
@@ -60,11 +44,11 @@ struct Player {
     int64_t position() const { return *node.sampleTime(); }
     /// Waits until every handler was called. @return whether they were
     bool waitForEnd() {
-        return waitUntil([this] { return completed == scheduled; });
+        return spinUntil([this] { return completed == scheduled; }, 10s);
     }
     /// Waits until frame `frame` was heard.
     bool waitForFrame(int64_t frame) {
-        return waitUntil([&] { return node.sampleTime().value_or(0) >= frame; });
+        return spinUntil([&] { return node.sampleTime().value_or(0) >= frame; }, 5s);
     }
 
     int scheduled = 0;
@@ -250,7 +234,7 @@ TEST_F(SystemOutput, TellsWhenTheServerComesBackInAnotherFormat) {
     player.play(makeNoise(cd, 44100 * 10, 1), 10000);
     server.kill();
     server.start({48000, 2});
-    ASSERT_TRUE(waitUntil([&] { return isChanged; }));
+    ASSERT_TRUE(spinUntil([&] { return isChanged; }, 5s));
     const double seconds = static_cast<double>(player.position()) / 44100;
     player.engine.stop();
     player.engine.start();
@@ -305,7 +289,7 @@ TEST(SilentOutput, KeepsRealTime) {
     EXPECT_EQ(completed, 0);
     node.play();
     timer.start();
-    EXPECT_TRUE(waitUntil([&] { return completed == 1; }));
+    EXPECT_TRUE(spinUntil([&] { return completed == 1; }, 3s));
     EXPECT_NEAR(static_cast<double>(timer.elapsed()), static_cast<double>(24000 - paused) / 48,
                 150);
     EXPECT_EQ(node.sampleTime(), 24000);

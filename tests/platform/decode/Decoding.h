@@ -11,6 +11,7 @@
 #include "platform/decode/StreamInfo.h"
 #include "support/MediaLibrary.h"
 #include "support/Programs.h"
+#include "support/Samples.h"
 
 namespace halvenor::test {
 
@@ -26,13 +27,6 @@ inline FileUrl written(const QByteArray& name, const QByteArray& bytes) {
     const FileUrl url = MediaLibrary::shared().place(name);
     writeBytes(url, bytes);
     return url;
-}
-
-/// What another decoder writes to its standard output. @param words of its command line
-inline QByteArray outputOf(const char* words, const FileUrl& input, const char* end) {
-    return runProgram(QString::fromLatin1(words).split(QLatin1Char(' ')) +
-                      QStringList(QFile::decodeName(input.path())) +
-                      QString::fromLatin1(end).split(QLatin1Char(' '), Qt::SkipEmptyParts));
 }
 
 /// Reads up to `frames` frames from where the file stands.
@@ -70,12 +64,6 @@ inline double relativeError(const std::vector<float>& got, const std::vector<flo
         power += std::pow(double(wanted[i]), 2);
     }
     return std::sqrt(difference / power);
-}
-
-/// Where two runs of samples first differ, for a message that helps; -1: nowhere.
-inline int64_t firstDifference(const std::vector<float>& a, const std::vector<float>& b) {
-    const auto [first, second] = std::mismatch(a.begin(), a.end(), b.begin(), b.end());
-    return first == a.end() && second == b.end() ? -1 : first - a.begin();
 }
 
 }  // namespace halvenor::test

@@ -95,7 +95,7 @@ TEST(Joins, SamplesAreThoseOfAnotherProgram) {
                              "ogg oggenc", "flac 24", "mp3 lame mono 8"}) {
         SCOPED_TRACE(name);
         const FileUrl url = MediaLibrary::shared().file(name, musicFrames);
-        const QByteArray raw = outputOf("ffmpeg -v error -i", url, "-f f32le -");
+        const QByteArray raw = outputOf("ffmpeg -v error -i FILE -f f32le -", url.path());
         std::vector<float> reference(static_cast<size_t>(raw.size()) / sizeof(float));
         std::memcpy(reference.data(), raw.constData(), reference.size() * sizeof(float));
         EXPECT_EQ(firstDifference(decodeAll(url), reference), -1);
@@ -107,7 +107,7 @@ TEST(Joins, ShortVorbisIsAlignedToo) {
     for (const int64_t frames : {1, 100, 1152, 5000}) {
         SCOPED_TRACE(frames);
         const FileUrl url = MediaLibrary::shared().file("ogg oggenc", frames);
-        const QByteArray raw = outputOf("oggdec -Q -R -o -", url, "");
+        const QByteArray raw = outputOf("oggdec -Q -R -o - FILE", url.path());
         const std::vector<float> decoded = decodeAll(url);
         ASSERT_EQ(decoded.size() * 2, static_cast<size_t>(raw.size()));
         for (size_t i = 0; i < decoded.size(); ++i) {

@@ -57,9 +57,10 @@ TEST(DataRate, IsNotMovedByTags) {
 /// Streams whose header was written before anybody knew the length.
 TEST(UntoldLength, IsFoundAtTheEnd) {
     const FileUrl source = MediaLibrary::shared().file("wav s16", frames);
-    for (const char* end : {"-f flac -", "-f wav -"}) {
-        SCOPED_TRACE(end);
-        const FileUrl url = written("piped", outputOf("ffmpeg -v error -i", source, end));
+    for (const char* command :
+         {"ffmpeg -v error -i FILE -f flac -", "ffmpeg -v error -i FILE -f wav -"}) {
+        SCOPED_TRACE(command);
+        const FileUrl url = written("piped", outputOf(command, source.path()));
         const auto info = readStreamInfo(url);
         ASSERT_TRUE(info);
         EXPECT_EQ(info->frames, frames);
@@ -70,7 +71,7 @@ TEST(UntoldLength, IsFoundAtTheEnd) {
 TEST(UntoldLength, FramesOfFreeFormatAreCounted) {
     const FileUrl source = MediaLibrary::shared().file("wav s16", frames);
     const auto info = readStreamInfo(
-        written("free.mp3", outputOf("lame --quiet --freeformat -b 400 -t", source, "-")));
+        written("free.mp3", outputOf("lame --quiet --freeformat -b 400 -t FILE -", source.path())));
     ASSERT_TRUE(info);
     EXPECT_EQ(info->frames, (frames + 1105 + 1151) / 1152 * 1152);
     EXPECT_NEAR(info->dataRate, 400000, 1000);

@@ -20,14 +20,7 @@ class FakePanel final : public QObject {
 
   public:
     FakePanel(const BusDaemon& bus, bool hasHost) : hasHost_(hasHost), client_(bus) {
-        client_.connection().registerObject(path, this, QDBusConnection::ExportAllProperties);
-        EXPECT_TRUE(client_.connection().registerService(name));
-    }
-
-    // The library's thread, which closes the connection, finds nothing of this object.
-    ~FakePanel() override {
-        client_.connection().unregisterObject(path);
-        QObject::disconnect(this, &QObject::destroyed, nullptr, nullptr);
+        EXPECT_TRUE(client_.publish(*this, name, path, QDBusConnection::ExportAllProperties));
     }
 
     void registerHost() {

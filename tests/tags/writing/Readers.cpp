@@ -77,7 +77,7 @@ SeenTags tagLib(const FileUrl& url) {
 
 SeenTags ffprobe(const FileUrl& url) {
     const QByteArray json =
-        outputOf("ffprobe -v error -of json -show_format -show_streams FILE", url);
+        outputOf("ffprobe -v error -of json -show_format -show_streams FILE", url.path());
     const QJsonObject root = QJsonDocument::fromJson(json).object();
     const QJsonObject tags = root[u"format"].toObject()[u"tags"].toObject();
     const auto text = [&tags](const char* key) {
@@ -94,7 +94,7 @@ SeenTags ffprobe(const FileUrl& url) {
         if (value[u"codec_type"].toString() == u"video" && seen.cover.isEmpty()) {
             seen.coverType = codec == u"png" ? "image/png" : "image/jpeg";
             seen.cover =
-                outputOf("ffmpeg -v error -i FILE -map 0:v:0 -c copy -f image2pipe -", url);
+                outputOf("ffmpeg -v error -i FILE -map 0:v:0 -c copy -f image2pipe -", url.path());
         }
     }
     return seen;
@@ -160,13 +160,7 @@ const std::map<std::string, Reader>& readers() {
 }
 
 QByteArray decodedAudio(const FileUrl& file) {
-    return outputOf("ffmpeg -v error -xerror -i FILE -map 0:a:0 -f s32le -", file);
-}
-
-QByteArray outputOf(const char* command, const FileUrl& file) {
-    QStringList words = QString::fromLatin1(command).split(u' ');
-    words.replaceInStrings(QStringLiteral("FILE"), QFile::decodeName(file.path()));
-    return runProgram(words);
+    return outputOf("ffmpeg -v error -xerror -i FILE -map 0:a:0 -f s32le -", file.path());
 }
 
 QByteArray makeImage(const char* extension, int width, int height) {
@@ -174,7 +168,7 @@ QByteArray makeImage(const char* extension, int width, int height) {
     const std::string size = std::to_string(width) + 'x' + std::to_string(height);
     const std::string command =
         "ffmpeg -v error -y -f lavfi -i testsrc=size=" + size + " -frames:v 1 FILE";
-    outputOf(command.c_str(), file);
+    outputOf(command.c_str(), file.path());
     return readBytes(file);
 }
 

@@ -35,9 +35,6 @@ const std::map<std::string, Reader>& readers();
 /// FFmpeg's decoder: the samples of the first audio stream, and no word of complaint.
 QByteArray decodedAudio(const FileUrl& file);
 
-/// The output of a program. Blanks divide its arguments; FILE stands for the file's path.
-QByteArray outputOf(const char* command, const FileUrl& file);
-
 /// A picture by FFmpeg. @param extension "png" or "jpg"
 QByteArray makeImage(const char* extension, int width, int height);
 

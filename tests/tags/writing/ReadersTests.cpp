@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 
 #include "support/MediaLibrary.h"
+#include "support/Programs.h"
 #include "support/TagBytes.h"
 #include "tags/writing/Readers.h"
 #include "tags/writing/WrittenFile.h"
@@ -126,8 +127,8 @@ TEST(OtherReaders, agreeOnFlac) {
     for (const Source& source : sources) {
         const FileUrl file = folder.makeFile("a.flac", source.bytes);
         expectEdits<FLACTagWriter>(file, edit, source.kept, source.name);
-        outputOf("flac -ts -w FILE", file);
-        const QByteArray list = outputOf("metaflac --list FILE", file);
+        outputOf("flac -ts -w FILE", file.path());
+        const QByteArray list = outputOf("metaflac --list FILE", file.path());
         EXPECT_THAT(list.toStdString(), HasSubstr("width: 111\n  height: 222\n")) << source.name;
         EXPECT_THAT(list.toStdString(), HasSubstr("type: 3 (Cover (front))")) << source.name;
         EXPECT_EQ(list.count("type: 6 (PICTURE)"), 1) << source.name;
@@ -148,7 +149,7 @@ TEST(OtherReaders, includeAnOldOne) {
     const FileUrl file = folder.makeFile("a.mp3", id3Tag(4, texts) + musicOf("mp3 lame V2"));
     const ID3TagFields fields = coverEdit("jpg", 20, 10);
     ID3Writer::write(fields, file);
-    const std::string list = outputOf("id3v2 -l FILE", file).toStdString();
+    const std::string list = outputOf("id3v2 -l FILE", file.path()).toStdString();
     EXPECT_THAT(list, HasSubstr("With a cover\n"));
     EXPECT_THAT(list, HasSubstr("Ein / Zwei\n"));
     EXPECT_THAT(list, HasSubstr("TYER (Year): 1999\n"));

@@ -49,8 +49,7 @@ QVariant unwrapped(QVariant value) {
 DesktopPreferences::Portal::Portal(DesktopPreferences& preferences)
     : preferences_(preferences),
       toolkitAppearance_(*preferences.appearance),
-      bus_({}, worker_,
-           {.onConnected = [this] { connected(); }, .onNamed = [] {}, .onLost = [] {}}) {
+      bus_({}, worker_, {.onConnected = [this] { connected(); }}) {
     bus_.listen({.service = text(portalName),
                  .path = text(portalPath),
                  .interface = text(settingsInterface),

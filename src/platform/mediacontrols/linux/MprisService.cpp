@@ -51,9 +51,7 @@ MprisService::MprisService()
     : object_(model_),
       covers_(coverFolder()),
       bus_(busNames(), worker_,
-           {.onConnected = [] {},
-            .onNamed = [this] { putOnBus(); },
-            .onLost = [this] { coverTask_.cancel(); }}) {
+           {.onNamed = [this] { putOnBus(); }, .onLost = [this] { coverTask_.cancel(); }}) {
     bus_.publish(objectPath(), object_);
     announceTimer_.setSingleShot(true);
     announceTimer_.callOnTimeout(&announceTimer_, [this] { announce(); });

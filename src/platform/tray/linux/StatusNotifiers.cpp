@@ -24,9 +24,7 @@ QString busName() {
 }  // namespace
 
 StatusNotifiers::StatusNotifiers(std::function<void()> onHost)
-    : onHost_(std::move(onHost)),
-      bus_({}, worker_,
-           {.onConnected = [this] { askForHost(); }, .onNamed = [] {}, .onLost = [] {}}) {
+    : onHost_(std::move(onHost)), bus_({}, worker_, {.onConnected = [this] { askForHost(); }}) {
     bus_.listen({.service = watcher(),
                  .path = watcherPath(),
                  .interface = watcher(),

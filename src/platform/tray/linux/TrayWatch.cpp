@@ -10,20 +10,16 @@ namespace halvenor {
 /// Both kinds of tray that panels have.
 class TrayWatch::Impl {
   public:
-    explicit Impl(const std::function<void()>& onTray) : notifiers_(onTray), xTray_(onTray) {
-        lookTimer_.setSingleShot(true);
-        lookTimer_.callOnTimeout(&lookTimer_, [this] { xTray_.start(); });
-    }
+    explicit Impl(const std::function<void()>& onTray) : notifiers_(onTray), xTray_(onTray) {}
 
     void start(std::chrono::milliseconds delay) {
         notifiers_.start(delay);
-        lookTimer_.start(delay);
+        QTimer::singleShot(delay, &notifiers_, [this] { xTray_.start(); });
     }
 
   private:
     StatusNotifiers notifiers_;
     XTray xTray_;
-    QTimer lookTimer_;
 };
 
 TrayWatch::TrayWatch(std::function<void()> onTray)

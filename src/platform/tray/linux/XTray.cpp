@@ -13,12 +13,8 @@ namespace halvenor {
 
 namespace {
 
-struct Free {
-    void operator()(void* memory) const { std::free(memory); }
-};
-
 template <class T>
-using Reply = std::unique_ptr<T, Free>;
+using Reply = std::unique_ptr<T, decltype(&std::free)>;
 
 // Null on another window system.
 xcb_connection_t* display() {
@@ -29,7 +25,8 @@ xcb_connection_t* display() {
 uint32_t atom(xcb_connection_t* connection, std::string_view name) {
     const auto cookie =
         xcb_intern_atom(connection, 0, static_cast<uint16_t>(name.size()), name.data());
-    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr));
+    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(connection, cookie, nullptr),
+                                               &std::free);
     return reply ? reply->atom : uint32_t{XCB_ATOM_NONE};
 }
 
@@ -47,7 +44,7 @@ std::string selectionName() {
 bool isOwned(xcb_connection_t* connection, uint32_t selection) {
     const auto cookie = xcb_get_selection_owner(connection, selection);
     const Reply<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(connection, cookie, nullptr));
+        xcb_get_selection_owner_reply(connection, cookie, nullptr), &std::free);
     return reply && reply->owner != XCB_WINDOW_NONE;
 }
 
@@ -57,7 +54,7 @@ XTray::XTray(std::function<void()> onTray) : onTray_(std::move(onTray)) {}
 
 void XTray::start() {
     xcb_connection_t* const connection = display();
-    if (connection == nullptr || manager_ != 0) {
+    if (connection == nullptr) {
         return;
     }
     manager_ = atom(connection, "MANAGER");

@@ -16,7 +16,7 @@ class XTray final : public QAbstractNativeEventFilter {
     /// @param onTray there is one; called whenever that is seen
     explicit XTray(std::function<void()> onTray);
 
-    /// Looks, and listens from now on. The application object is there.
+    /// Looks, and listens from now on. Called once; the application object is there.
     void start();
 
     /// For the toolkit, which has every event pass here.
