@@ -64,6 +64,14 @@ FileUrl workingFolder() {
     return FileUrl(error ? QByteArray("/") : QByteArray::fromStdString(folder.native()));
 }
 
+QList<FileUrl> filesListedIn(const FileUrl& m3u) {
+    const auto status = fileStatus(m3u);
+    if (status && status->size > longestM3U) {
+        throw Error(ErrorKind::format, QStringLiteral("The file is too large to be a playlist."));
+    }
+    return filesFromM3U(readFile(m3u), workingFolder());
+}
+
 QList<FileUrl> existing(const QList<FileUrl>& urls, const std::stop_token& token) {
     QList<FileUrl> found;
     for (const FileUrl& url : urls) {
@@ -202,18 +210,25 @@ void PlaylistManager::relocatePaths(const MoveTable& moves) {
     publish(std::move(changed));
 }
 
-Playlist PlaylistManager::importM3U(const FileUrl& url) {
-    const auto status = fileStatus(url);
-    if (status && status->size > longestM3U) {
-        throw Error(ErrorKind::format, QStringLiteral("The file is too large to be a playlist."));
+Task<Playlist> PlaylistManager::importM3U(FileUrl url) {
+    const std::stop_token isEnding = ending_.get_token();
+    auto reading =
+        transfers_.run([url](const std::stop_token& /*stop*/) { return filesListedIn(url); });
+    const QList<FileUrl> files = co_await reading;
+    if (isEnding.stop_requested()) {
+        throw Cancelled();
     }
-    const QList<FileUrl> files = filesFromM3U(readFile(url), workingFolder());
-    return append(displayText(url.deletingPathExtension().lastPathComponent()), files);
+    co_return append(displayText(url.deletingPathExtension().lastPathComponent()), files);
 }
 
-void PlaylistManager::exportToM3U(const Playlist& playlist, const FileUrl& destination) const {
-    constexpr unsigned readableByAll = 0644;
-    writeFileAtomically(destination, m3uFromFiles(playlist.trackURLs), readableByAll);
+// After the wait nothing of this object is used: it may be gone.
+Task<> PlaylistManager::exportToM3U(Playlist playlist, FileUrl destination) {
+    const QList<FileUrl> urls = playlist.trackURLs;
+    auto writing = transfers_.run([urls, destination](const std::stop_token& /*stop*/) {
+        constexpr unsigned readableByAll = 0644;
+        writeFileAtomically(destination, m3uFromFiles(urls), readableByAll);
+    });
+    co_await writing;
 }
 
 // After the first wait nothing of this object is used: it may be gone.

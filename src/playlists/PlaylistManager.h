@@ -2,6 +2,8 @@
 
 #include <QSet>
 
+#include <stop_token>
+
 #include "base/MoveTable.h"
 #include "base/Published.h"
 #include "base/StoreFile.h"
@@ -17,13 +19,14 @@ namespace halvenor {
 ///
 /// Operations with an id that is not there do nothing. A file that can't be read gives no playlists
 /// (and is kept aside before it is overwritten); one that can't be written is tried again with the
-/// next save. Main thread; the file is written off it.
+/// next save. Main thread; files are read and written off it.
 class PlaylistManager {
   public:
     static const QString favoritesName;
 
     /// Reads the file; a missing one is an empty list.
     explicit PlaylistManager(const FileUrl& storageURL);
+    ~PlaylistManager() { ending_.request_stop(); }
     PlaylistManager(const PlaylistManager&) = delete;
     PlaylistManager& operator=(const PlaylistManager&) = delete;
 
@@ -51,11 +54,13 @@ class PlaylistManager {
 
     /// Adds a playlist from an M3U file, named as the file: a path a line, "#" lines left out, each
     /// taken literally; a relative one starts from the process's working folder.
-    /// @throws Error (io); Error (format) for what is not UTF-8 text, or more than 64 MiB of it
-    Playlist importM3U(const FileUrl& url);
-    /// Writes the playlist's paths as an M3U file, atomically.
-    /// @throws Error (io); Error (format), before anything is written, for a path with a newline
-    void exportToM3U(const Playlist& playlist, const FileUrl& destination) const;
+    /// @return what was made. @throws Error (io); Error (format) for what is not UTF-8 text, or
+    /// more than 64 MiB of it; Cancelled when the manager has gone meanwhile
+    Task<Playlist> importM3U(FileUrl url);
+    /// Writes the playlist's paths as they are now into an M3U file, atomically.
+    /// @throws Error (io); Error (format), before anything is written, for a path with a newline;
+    /// Cancelled when the manager went before it began
+    Task<> exportToM3U(Playlist playlist, FileUrl destination);
 
     /// The playlist's tracks with their tags, in order; missing files are left out. A stopped call
     /// returns early with what is no result.
@@ -69,7 +74,9 @@ class PlaylistManager {
     Playlist append(const QString& name, const QList<FileUrl>& urls);
 
     StoreFile file_;
-    Service lookups_;  // which files are there
+    std::stop_source ending_;
+    Service lookups_;    // which files are there
+    Service transfers_;  // M3U files
 };
 
 }  // namespace halvenor

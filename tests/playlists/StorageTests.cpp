@@ -8,6 +8,7 @@
 #include "base/AtomicFile.h"
 #include "base/Error.h"
 #include "base/FileStatus.h"
+#include "support/EventLoop.h"
 
 namespace halvenor::test {
 namespace {
@@ -60,7 +61,7 @@ TEST_F(Storage, ADamagedFileIsKeptAsideBeforeItIsOverwritten) {
 TEST_F(Storage, ImportMakesAPlaylistNamedAsTheFile) {
     const FileUrl file =
         directory().makeFile("My.Mix \xE9.m3u8", "#EXTM3U\r\n/m/1.mp3\r\nhere/2\r\n");
-    const Playlist imported = manager().importM3U(file);
+    const Playlist imported = runToCompletion(manager().importM3U(file));
     EXPECT_EQ(imported.name, QStringLiteral("My.Mix \uFFFD"));
     ASSERT_EQ(imported.trackURLs.size(), 2);
     EXPECT_EQ(imported.trackURLs[0], FileUrl("/m/1.mp3"));
@@ -68,7 +69,8 @@ TEST_F(Storage, ImportMakesAPlaylistNamedAsTheFile) {
     ASSERT_NE(::getcwd(here, sizeof here), nullptr);
     EXPECT_EQ(imported.trackURLs[1], FileUrl(QByteArray(here) + "/here/2"));
     EXPECT_EQ(*restart().playlists, Playlists{imported});
-    EXPECT_NE(manager().importM3U(file).id, imported.id) << "twice is two playlists";
+    EXPECT_NE(runToCompletion(manager().importM3U(file)).id, imported.id)
+        << "twice is two playlists";
 }
 
 TEST_F(Storage, AnImportThatFailsLeavesNothing) {
@@ -81,7 +83,7 @@ TEST_F(Storage, AnImportThatFailsLeavesNothing) {
                                                                   {"folder.m3u", ErrorKind::io},
                                                                   {"missing.m3u", ErrorKind::io}};
     for (const auto& [name, kind] : cases) {
-        EXPECT_THAT([&] { manager().importM3U(directory().at(name)); },
+        EXPECT_THAT([&] { runToCompletion(manager().importM3U(directory().at(name))); },
                     testing::Throws<Error>(testing::Property(&Error::kind, kind)))
             << name;
     }
@@ -90,19 +92,27 @@ TEST_F(Storage, AnImportThatFailsLeavesNothing) {
     EXPECT_FALSE(itemExists(storage()));
 }
 
+TEST_F(Storage, AnImportThatOutlastsTheManagerAddsNothing) {
+    auto importing = manager().importM3U(directory().makeFile("list.m3u", "/m/1.mp3\n"));
+    EXPECT_TRUE(restart().playlists->isEmpty());
+    EXPECT_THROW(runToCompletion(std::move(importing)), Cancelled);
+    EXPECT_TRUE(restart().playlists->isEmpty());
+}
+
 TEST_F(Storage, ExportWritesAllOrNothing) {
     const FileUrl file = directory().at("out \xFF.m3u");
     const Playlist playlist{QUuid(), QStringLiteral("p"), {FileUrl("/m/a"), FileUrl("/m/\xE9")}};
-    manager().exportToM3U(playlist, file);
+    runToCompletion(manager().exportToM3U(playlist, file));
     EXPECT_EQ(readFile(file), "#EXTM3U\n/m/a\n/m/\xE9\n");
     struct stat status = {};
     ASSERT_EQ(::stat(file.path().constData(), &status), 0);
     EXPECT_EQ(status.st_mode & 07777U, 0644U);
 
     const Playlist twoLines{QUuid(), QStringLiteral("p"), {FileUrl("/m/a\nb")}};
-    EXPECT_THROW(manager().exportToM3U(twoLines, file), Error);
+    EXPECT_THROW(runToCompletion(manager().exportToM3U(twoLines, file)), Error);
     EXPECT_EQ(readFile(file), "#EXTM3U\n/m/a\n/m/\xE9\n");
-    EXPECT_THROW(manager().exportToM3U(playlist, directory().at("missing/out.m3u")), Error);
+    EXPECT_THROW(
+        runToCompletion(manager().exportToM3U(playlist, directory().at("missing/out.m3u"))), Error);
     EXPECT_TRUE(manager().playlists->isEmpty()) << "an export is no change";
 }
 

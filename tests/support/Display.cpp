@@ -107,16 +107,16 @@ int Display::widthOf(const std::string& windowTitle) const {
     return at == std::string::npos ? 0 : std::atoi(geometry.c_str() + at + 6);
 }
 
+// While it starts, it may overlook a window that comes; its mark on the root window is earlier.
 void Display::startWindowManager() {
+    const QTemporaryDir directory;
+    const std::string file = directory.filePath(QStringLiteral("ready")).toStdString();
     windowManager_ =
-        ChildProcess({.command = {"openbox", "--sm-disable"}, .environment = environment()});
-    // It has put its mark on the root window when it is ready.
-    waitFor([&] {
-        return ChildProcess({.command = {"sh", "-c",
-                                         "xprop -root _NET_SUPPORTING_WM_CHECK | grep -q window"},
-                             .environment = environment()})
-                   .wait() == 0;
-    });
+        ChildProcess({.command = {"openbox", "--sm-disable", "--startup", "touch " + file},
+                      .environment = environment()});
+    if (!waitFor([&] { return std::ifstream(file).is_open(); })) {
+        throw std::runtime_error("no window manager came up");
+    }
 }
 
 int Display::windowCount(const std::string& windowTitle) const {
@@ -125,8 +125,14 @@ int Display::windowCount(const std::string& windowTitle) const {
     return static_cast<int>(std::ranges::count(found, '\n'));
 }
 
+// The window manager closes the window that it holds to be the active one, and it hears of the
+// keyboard's focus later than the X server.
 bool Display::close(const std::string& windowTitle) const {
-    return press(windowTitle, "alt+F4");
+    return waitFor([&] {
+               return xdotool({"search", "--onlyvisible", "--name", "^" + windowTitle + "$",
+                               "windowactivate", "--sync"}) == 0;
+           }) &&
+           xdotool({"key", "alt+F4"}) == 0;
 }
 
 void Display::minimise(const std::string& windowTitle) const {

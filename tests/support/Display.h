@@ -44,11 +44,12 @@ class Display {
     /// In pixels; 0 if there is no such window.
     int widthOf(const std::string& windowTitle) const;
     /// Has windows managed: they can be closed and minimised.
+    /// @throws std::runtime_error when no window manager comes up
     void startWindowManager();
     /// How many windows of this title there are that can be seen.
     int windowCount(const std::string& windowTitle) const;
     bool isShown(const std::string& windowTitle) const { return windowCount(windowTitle) > 0; }
-    /// Closes it as its user does.
+    /// Closes it as its user does, by the window manager's key.
     /// @return whether there was such a window
     bool close(const std::string& windowTitle) const;
     void minimise(const std::string& windowTitle) const;

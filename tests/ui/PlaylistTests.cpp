@@ -1,6 +1,7 @@
 // The playlists in the window: what its buttons, menus, keys and sheets do to them.
 #include <QLineEdit>
 
+#include "base/Task.h"
 #include "support/TemporaryFolder.h"
 #include "ui/WindowFixture.h"
 #include "ui/controls/Spinner.h"
@@ -154,6 +155,7 @@ TEST_F(PlaylistWindow, importsAndExportsFiles) {
     const TemporaryFolder folder;
     const auto answer = [&](const QByteArray& name) {
         choose(fileDialog(), folder.path(name));
+        EXPECT_TRUE(spinUntil([] { return Service::jobsUnderWay() == 0; }));
         letDeletionsHappen();
     };
     folder.makeFile("Mixed tape.m3u", "#EXTM3U\n/music/a.mp3\n\n/music/b.mp3\n");

@@ -4,12 +4,13 @@
 
 #include <chrono>
 #include <cmath>
+#include <exception>
 #include <string>
 #include <utility>
 
 #include "base/Error.h"
+#include "base/Json.h"
 #include "base/StoreFile.h"
-#include "platform/settings/SettingsFile.h"
 #include "platform/settings/SettingsValue.h"
 #include "platform/userfolders/UserFolders.h"
 
@@ -19,17 +20,25 @@ using settings::Json;
 
 namespace {
 
-// At most one write in this time, and no change waits for longer.
+using Values = Json::object_t;
+
+// At most one write in this time, and no change waits for longer before it is written.
 constexpr std::chrono::seconds writeInterval{1};
+
+Values parsed(const QByteArray& text) {
+    Json root = parseJson(text);
+    if (!root.is_object()) {
+        throw Error(ErrorKind::format, QStringLiteral("Not an object"));
+    }
+    return std::move(root.get_ref<Values&>());
+}
 
 }  // namespace
 
 class Settings::Impl {
   public:
     explicit Impl(const FileUrl& file) : file_(file) {
-        settings::Contents contents = settings::read(file);
-        values_ = std::move(contents.values);
-        isDamaged_ = contents.isDamaged;
+        read();
         timer_.setTimerType(Qt::PreciseTimer);  // A coarse one may be early.
         timer_.setInterval(writeInterval);
         timer_.callOnTimeout(&timer_, [this] { writeInTime(); });
@@ -57,38 +66,49 @@ class Settings::Impl {
     }
 
     bool flush() {
-        if (!hasChanged_) {
-            return true;
-        }
-        if (timer_.isActive()) {
-            timer_.start();  // The next write is due a whole interval from this one.
-        }
-        try {
-            if (isDamaged_) {
-                keepDamagedCopy(file_);
-                isDamaged_ = false;
+        if (hasChanged_) {
+            save();
+            if (timer_.isActive()) {
+                timer_.start();  // The next write is due a whole interval from this one.
             }
-            settings::write(file_, values_);
-            hasChanged_ = false;
-        } catch (const Error& error) {
-            qWarning("The settings could not be written to %s: %s", file_.path().constData(),
-                     error.what());
         }
-        return !hasChanged_;
+        return file_.flush();
     }
 
     std::function<void()> onAboutToWrite;
 
   private:
+    void read() {
+        const std::optional<QByteArray> text = file_.read();
+        if (!text) {
+            return;
+        }
+        try {
+            values_ = parsed(*text);
+        } catch (const std::exception& error) {
+            file_.setDamaged();
+            qWarning("The settings in %s can't be read (%s); starting without them",
+                     file_.url().path().constData(), error.what());
+        }
+    }
+
     // The time goes on after a write, until one ends in which nothing has changed: so a change
-    // that follows a write is in the file an interval after that one, not after itself.
+    // that follows a write is on its way an interval after that one, not after itself.
     void writeInTime() {
-        if (hasChanged_ && onAboutToWrite) {
+        if (!hasChanged_) {
+            timer_.stop();
+            return;
+        }
+        if (onAboutToWrite) {
             onAboutToWrite();
         }
-        if (!hasChanged_ || !flush()) {
-            timer_.stop();
-        }
+        save();
+    }
+
+    void save() {
+        hasChanged_ = false;
+        file_.save(
+            [values = Json(values_)] { return QByteArray::fromStdString(values.dump(2) + '\n'); });
     }
 
     // The first change starts the time; later ones do not put it off.
@@ -99,9 +119,8 @@ class Settings::Impl {
         }
     }
 
-    FileUrl file_;
-    settings::Values values_;
-    bool isDamaged_ = false;
+    StoreFile file_;
+    Values values_;
     bool hasChanged_ = false;
     QTimer timer_;
 };

@@ -17,10 +17,10 @@ namespace halvenor {
 /// The user's settings: typed values under string keys, in one readable JSON file.
 ///
 /// An absent key is told from a stored false or an empty list; a value of another type reads as
-/// absent. Reads and writes are of memory. A change is in the file within a second, and the file is
-/// written at most once in that time, atomically; and by flush(). Setting an equal value writes
-/// nothing. A file that can't be read as settings is copied aside before it is first overwritten.
-/// Paths keep their exact bytes.
+/// absent. Reads and writes are of memory. A change is on its way into the file within a second,
+/// and the file is written at most once in that time: as a whole, and off the main thread, which a
+/// slow disk does not hold up. Setting an equal value writes nothing. A file that can't be read as
+/// settings is kept aside before it is first overwritten. Paths keep their exact bytes.
 /// docs/settings.md tells the form of the file. Main thread.
 class Settings {
   public:
@@ -61,8 +61,8 @@ class Settings {
     /// stale by itself can be set once more.
     void setAboutToWriteHandler(std::function<void()> handler);
 
-    /// Writes now what has changed. A failure keeps the values in memory, to be tried again with
-    /// the next change. @return whether the file is up to date
+    /// Writes now what has changed and waits for it. A failure keeps the values in memory, to be
+    /// tried again by the next change or flush. @return whether the file is up to date
     bool flush();
 
   private:

@@ -63,15 +63,27 @@ void PlaylistActions::importM3u() {
         .title = QStringLiteral("Import M3U"),
         .nameFilter = QStringLiteral("M3U playlists (*.m3u *.m3u8 *.M3U *.M3U8);;All files (*)")};
     askForFile(host_.window(), question, [this, host = QPointer(&host_)](const auto& file) {
-        if (!file || host == nullptr) {
-            return;
-        }
-        try {
-            made(state_.playlistManager().importM3U(*file));
-        } catch (const Error& error) {
-            presentError(host->window(), QStringLiteral("Import Failed"), error.text());
+        if (file && host != nullptr) {
+            spawn(importFrom(*file));
         }
     });
+}
+
+// The end of the window, while a slow disk is at work, ends all interest in the outcome.
+Task<> PlaylistActions::importFrom(FileUrl file) {
+    const QPointer host(&host_);
+    try {
+        auto importing = state_.playlistManager().importM3U(file);
+        const Playlist playlist = co_await importing;
+        if (host != nullptr) {
+            made(playlist);
+        }
+    } catch (const Cancelled&) {
+    } catch (const Error& error) {
+        if (host != nullptr) {
+            presentError(host->window(), QStringLiteral("Import Failed"), error.text());
+        }
+    }
 }
 
 void PlaylistActions::exportM3u(const Playlist& playlist) {
@@ -82,15 +94,23 @@ void PlaylistActions::exportM3u(const Playlist& playlist) {
                                 .suffix = QStringLiteral("m3u8")};
     askForFile(host_.window(), question,
                [this, host = QPointer(&host_), playlist](const auto& file) {
-                   if (!file || host == nullptr) {
-                       return;
-                   }
-                   try {
-                       state_.playlistManager().exportToM3U(playlist, *file);
-                   } catch (const Error& error) {
-                       presentError(host->window(), QStringLiteral("Export Failed"), error.text());
+                   if (file && host != nullptr) {
+                       spawn(exportTo(*file, playlist));
                    }
                });
+}
+
+Task<> PlaylistActions::exportTo(FileUrl file, Playlist playlist) {
+    const QPointer host(&host_);
+    try {
+        auto exporting = state_.playlistManager().exportToM3U(playlist, file);
+        co_await exporting;
+    } catch (const Cancelled&) {
+    } catch (const Error& error) {
+        if (host != nullptr) {
+            presentError(host->window(), QStringLiteral("Export Failed"), error.text());
+        }
+    }
 }
 
 }  // namespace halvenor

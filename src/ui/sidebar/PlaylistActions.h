@@ -4,6 +4,7 @@
 
 #include <functional>
 
+#include "base/Task.h"
 #include "playlists/Playlist.h"
 
 namespace halvenor {
@@ -32,6 +33,8 @@ class PlaylistActions {
 
   private:
     void made(const Playlist& playlist);
+    Task<> importFrom(FileUrl file);
+    Task<> exportTo(FileUrl file, Playlist playlist);
 
     AppState& state_;
     QWidget& host_;

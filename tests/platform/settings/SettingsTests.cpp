@@ -1,8 +1,13 @@
-#include <QElapsedTimer>
+#include <QObject>
+#include <QStringList>
+#include <QTimer>
 
+#include <functional>
 #include <gmock/gmock.h>
 #include <limits>
+#include <string>
 #include <sys/stat.h>
+#include <utility>
 #include <vector>
 
 #include "base/AtomicFile.h"
@@ -14,7 +19,6 @@
 namespace halvenor {
 namespace {
 
-using test::spinFor;
 using test::spinUntil;
 using testing::HasSubstr;
 
@@ -146,22 +150,56 @@ TEST_F(SettingsTest, KeepsWhatItDoesNotKnowAndWritesReadably) {
 )");
 }
 
+// What happened, in order: writes, and moments to compare them with. Timers of one event loop keep
+// their order also on a machine that is slow or busy, when times measured would not hold.
+class Moments {
+  public:
+    explicit Moments(Settings& settings) {
+        settings.setAboutToWriteHandler([this] {
+            happened_ << QStringLiteral("write");
+            if (onWrite) {
+                onWrite();
+            }
+        });
+    }
+
+    void mark(int milliseconds, std::function<void()> act = {}) {
+        QTimer::singleShot(milliseconds, Qt::PreciseTimer, &context_, [this, milliseconds, act] {
+            happened_ << QString::number(milliseconds);
+            if (act) {
+                act();
+            }
+        });
+    }
+
+    // What has happened when the mark of that time has come; then all is forgotten.
+    std::string until(
+        int milliseconds, const std::function<void()>& meanwhile = [] {}) {
+        EXPECT_TRUE(spinUntil([&] {
+            meanwhile();
+            return happened_.contains(QString::number(milliseconds));
+        }));
+        return std::exchange(happened_, {}).join(u' ').toStdString();
+    }
+
+    std::function<void()> onWrite;
+
+  private:
+    QStringList happened_;
+    QObject context_;
+};
+
 TEST_F(SettingsTest, WritesAtMostOnceASecondAndNothingForEqualValues) {
     Settings settings(file_);
-    QElapsedTimer elapsed;
-    elapsed.start();
+    Moments moments(settings);
+    for (const int time : {750, 1250, 1750, 2250}) {
+        moments.mark(time);
+    }
     int changes = 0;
-    std::vector<ino_t> inodes;  // Each write makes a new file.
-    const auto watch = [&] {
-        settings.setNumber("position", ++changes);
-        const ino_t now = inode();
-        if (now != 0 && (inodes.empty() || inodes.back() != now)) {
-            inodes.push_back(now);
-        }
-        return elapsed.hasExpired(2500);
-    };
-    ASSERT_TRUE(spinUntil(watch));
-    EXPECT_EQ(inodes.size(), 2U) << "steady changes neither hurry the write nor put it off";
+    EXPECT_EQ(moments.until(2250, [&] { settings.setNumber("position", ++changes); }),
+              "750 write 1250 1750 write 2250")
+        << "steady changes neither hurry the write nor put it off";
+    EXPECT_TRUE(spinUntil([&] { return inode() != 0; }));
     EXPECT_TRUE(settings.flush());
     EXPECT_THAT(written().toStdString(), HasSubstr(std::to_string(changes)));
     const ino_t flushed = inode();
@@ -177,32 +215,38 @@ TEST_F(SettingsTest, WritesAtMostOnceASecondAndNothingForEqualValues) {
 
 TEST_F(SettingsTest, NoChangeWaitsForMoreThanASecondAndTheLatestIsTakenUpRightBeforeAWrite) {
     Settings settings(file_);
+    Moments moments(settings);
     double now = 0;
-    settings.setAboutToWriteHandler([&] { settings.setNumber("now", now); });
-    const auto waitForWrite = [&] {
-        const ino_t earlier = inode();
-        QElapsedTimer elapsed;
-        elapsed.start();
-        EXPECT_TRUE(spinUntil([&] { return inode() != earlier; }));
-        return elapsed.elapsed();
+    const auto isWritten = [&] { return Settings(file_).number("now") == now; };
+    moments.onWrite = [&] {
+        settings.setNumber("now", now);
+        // These are of interest after the first write alone.
+        moments.mark(600, [&] {
+            settings.setBoolean("on", false);
+            now = 2;
+        });
+        moments.mark(1251);
+        moments.onWrite = [&] { settings.setNumber("now", now); };
     };
     settings.setBoolean("on", true);
-    EXPECT_NEAR(waitForWrite(), 1000, 250);
+    moments.mark(750);
+    moments.mark(1250);
     now = 1;
-    spinFor(std::chrono::milliseconds(600));
-    settings.setBoolean("on", false);
-    now = 2;
-    EXPECT_NEAR(waitForWrite(), 400, 250) << "a second after the last write, not after the change";
-    EXPECT_EQ(Settings(file_).number("now"), 2);
+    EXPECT_EQ(moments.until(1250), "750 write 1250");
+    EXPECT_TRUE(spinUntil(isWritten));
+    EXPECT_EQ(moments.until(1251), "600 write 1251")
+        << "a second after the last write, not after the change";
+    EXPECT_TRUE(spinUntil(isWritten));
 
     now = 3;
-    const ino_t last = inode();
-    spinFor(std::chrono::milliseconds(2200));
-    EXPECT_EQ(inode(), last) << "without a change there is nothing to write";
+    moments.mark(2200);
+    EXPECT_EQ(moments.until(2200), "2200") << "without a change there is nothing to write";
     EXPECT_EQ(settings.number("now"), 2);
     settings.setBoolean("on", true);
-    EXPECT_NEAR(waitForWrite(), 1000, 250);
-    EXPECT_EQ(Settings(file_).number("now"), 3);
+    moments.mark(750);
+    moments.mark(1250);
+    EXPECT_EQ(moments.until(1250), "750 write 1250");
+    EXPECT_TRUE(spinUntil(isWritten));
 }
 
 TEST_F(SettingsTest, MakesMissingFoldersForTheUserAlone) {
