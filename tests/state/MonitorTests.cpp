@@ -123,7 +123,7 @@ class TwoFolders : public testing::Test {
     }
 
     /// Enough for a search that outlasts a track of a tenth of a second several times.
-    static constexpr int slow = 4'000;
+    static constexpr int slow = 12'000;
 
     TemporaryFolder music_{"/dev/shm"};
     SoundServer server_{cd};

@@ -50,6 +50,9 @@ Display::Display(int width, int height) {
     if (!isThere) {
         throw std::runtime_error("no X server came up");
     }
+    // The first key changes the server's keyboard, upon which a window manager lets go of its keys
+    // for a moment and would miss one.
+    xdotool({"key", "Shift_L"});
 }
 
 std::map<std::string, std::string> Display::environment() const {
@@ -125,14 +128,8 @@ int Display::windowCount(const std::string& windowTitle) const {
     return static_cast<int>(std::ranges::count(found, '\n'));
 }
 
-// The window manager closes the window that it holds to be the active one, and it hears of the
-// keyboard's focus later than the X server.
 bool Display::close(const std::string& windowTitle) const {
-    return waitFor([&] {
-               return xdotool({"search", "--onlyvisible", "--name", "^" + windowTitle + "$",
-                               "windowactivate", "--sync"}) == 0;
-           }) &&
-           xdotool({"key", "alt+F4"}) == 0;
+    return press(windowTitle, "alt+F4");
 }
 
 void Display::minimise(const std::string& windowTitle) const {
