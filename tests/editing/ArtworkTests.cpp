@@ -188,7 +188,7 @@ TEST(ArtworkFormat, refusesWhatIsTooLargeBeforeItIsDecoded) {
         QElapsedTimer time;
         time.start();
         EXPECT_FALSE(normalizedArtworkData(bytes)) << what;
-        EXPECT_LT(time.elapsed(), 1000) << what;
+        EXPECT_LT(time.elapsed(), 5000) << what;
         EXPECT_LT(memory.growth(), 32'000'000) << what;
     }
     EXPECT_TRUE(normalizedArtworkData(plainPicture("png", 5000))) << "25 megapixels are taken";

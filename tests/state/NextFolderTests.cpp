@@ -256,7 +256,7 @@ TEST_F(NextFolderTest, askingWhatFollowsAListOfTenThousandIsCheap) {
         state().playingQueue.mutate([&](TrackList& playing) { playing.replace(i, many[i]); });
         ASSERT_TRUE(state().gaplessNextTrack());
     }
-    EXPECT_LT(elapsed.elapsed(), 1000);
+    EXPECT_LT(elapsed.elapsed(), 5000) << "a search through the list would take far longer";
     RecordProperty("microsecondsEach", static_cast<int>(elapsed.nsecsElapsed() / 2000 / 1000));
 }
 

@@ -71,7 +71,7 @@ TEST(WaveformExtractor, LetsTheNextOneThroughWhenAFileIsSkipped) {
     }
     slot.cancel();
     EXPECT_EQ(peaksOf(shortFile, 8).size(), 8);
-    EXPECT_LT(timer.elapsed(), longTime);
+    EXPECT_LT(timer.elapsed(), 2 * longTime) << "five times, if nothing was skipped";
     EXPECT_EQ(cancelled, 5);
     EXPECT_LT(ticker.longestStall(), 200) << "the main thread waits for nothing";
     EXPECT_EQ(longPeaks.size(), 7);
