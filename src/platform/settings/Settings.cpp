@@ -8,8 +8,6 @@
 #include <string>
 #include <utility>
 
-#include "base/Error.h"
-#include "base/Json.h"
 #include "base/StoreFile.h"
 #include "platform/settings/SettingsValue.h"
 #include "platform/userfolders/UserFolders.h"
@@ -17,21 +15,12 @@
 namespace halvenor {
 
 using settings::Json;
+using settings::Values;
 
 namespace {
 
-using Values = Json::object_t;
-
 // At most one write in this time, and no change waits for longer before it is written.
 constexpr std::chrono::seconds writeInterval{1};
-
-Values parsed(const QByteArray& text) {
-    Json root = parseJson(text);
-    if (!root.is_object()) {
-        throw Error(ErrorKind::format, QStringLiteral("Not an object"));
-    }
-    return std::move(root.get_ref<Values&>());
-}
 
 }  // namespace
 
@@ -84,7 +73,7 @@ class Settings::Impl {
             return;
         }
         try {
-            values_ = parsed(*text);
+            values_ = settings::valuesFromText(*text);
         } catch (const std::exception& error) {
             file_.setDamaged();
             qWarning("The settings in %s can't be read (%s); starting without them",
@@ -107,8 +96,7 @@ class Settings::Impl {
 
     void save() {
         hasChanged_ = false;
-        file_.save(
-            [values = Json(values_)] { return QByteArray::fromStdString(values.dump(2) + '\n'); });
+        file_.save([values = values_] { return settings::textFromValues(values); });
     }
 
     // The first change starts the time; later ones do not put it off.

@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "base/Error.h"
 #include "base/Json.h"
 
 namespace halvenor::settings {
@@ -59,6 +60,18 @@ Json fromList(const QList<QByteArray>& list, Write write) {
 }
 
 }  // namespace
+
+Values valuesFromText(const QByteArray& text) {
+    Json root = parseJson(text);
+    if (!root.is_object()) {
+        throw Error(ErrorKind::format, QStringLiteral("Not an object"));
+    }
+    return std::move(root.get_ref<Values&>());
+}
+
+QByteArray textFromValues(const Values& values) {
+    return QByteArray::fromStdString(Json(values).dump(2) + '\n');
+}
 
 std::optional<QString> toString(const Json& value) {
     const auto* const text = value.get_ptr<const Json::string_t*>();

@@ -14,6 +14,13 @@ namespace halvenor::settings {
 
 /// Objects have their keys in order of bytes.
 using Json = nlohmann::json;
+/// All values of a store, by their keys.
+using Values = Json::object_t;
+
+/// @throws Error (format) for what is not the JSON of one object
+Values valuesFromText(const QByteArray& text);
+/// The whole text of the file, indented, ending with a newline. Any thread.
+QByteArray textFromValues(const Values& values);
 
 std::optional<QString> toString(const Json& value);
 std::optional<QByteArray> toPath(const Json& value);
