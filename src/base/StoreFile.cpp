@@ -43,8 +43,7 @@ QByteArray digestOf(const QByteArray& bytes) {
     return QCryptographicHash::hash(bytes, QCryptographicHash::Blake2b_256);
 }
 
-}  // namespace
-
+// For this user alone, with the folders above it that are missing.
 void makeFolders(const FileUrl& folder) {
     const QByteArray& path = folder.path();
     if (path.isEmpty() || isFolder(path)) {
@@ -59,6 +58,7 @@ void makeFolders(const FileUrl& folder) {
     }
 }
 
+// Under a second name beside it: "name.damaged-1" or the next number that is free.
 void keepDamagedCopy(const FileUrl& file) {
     constexpr int mostCopies = 1000;
     for (int number = 1; number <= mostCopies; ++number) {
@@ -78,30 +78,27 @@ void keepDamagedCopy(const FileUrl& file) {
     throw Error::fromErrno(EEXIST);
 }
 
+}  // namespace
+
 class StoreFile::Impl {
   public:
     explicit Impl(FileUrl url) : url_(std::move(url)) { pool_.setMaxThreadCount(1); }
 
     const FileUrl& url() const { return url_; }
 
-    std::optional<QByteArray> read() {
+    void read(const std::function<void(const QByteArray&)>& decode) {
         if (isMissing(url_)) {
-            return std::nullopt;
+            return;
         }
         try {
-            QByteArray bytes = readFile(url_);
+            const QByteArray bytes = readFile(url_);
             contents_ = digestOf(bytes);
-            return bytes;
+            decode(bytes);
         } catch (const std::exception& error) {
-            setDamaged();
+            const std::lock_guard lock(mutex_);
+            isDamaged_ = true;
             qWarning("%s can't be read: %s", url_.path().constData(), error.what());
-            return std::nullopt;
         }
-    }
-
-    void setDamaged() {
-        const std::lock_guard lock(mutex_);
-        isDamaged_ = true;
     }
 
     void save(std::function<QByteArray()> encode) {
@@ -200,12 +197,8 @@ const FileUrl& StoreFile::url() const {
     return impl_->url();
 }
 
-std::optional<QByteArray> StoreFile::read() {
-    return impl_->read();
-}
-
-void StoreFile::setDamaged() {
-    impl_->setDamaged();
+void StoreFile::read(const std::function<void(const QByteArray&)>& decode) {
+    impl_->read(decode);
 }
 
 void StoreFile::save(std::function<QByteArray()> encode) {

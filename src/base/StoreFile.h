@@ -4,19 +4,10 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 
 #include "base/FileUrl.h"
 
 namespace halvenor {
-
-/// Makes `folder` and the folders above it that are missing, for this user alone.
-/// @throws Error (io)
-void makeFolders(const FileUrl& folder);
-
-/// Keeps what is at `file` under a second name beside it: "name.damaged-1" or the next number that
-/// is free. @throws Error (io)
-void keepDamagedCopy(const FileUrl& file);
 
 /// The one file behind a store that lives in memory: read once, then replaced as a whole, off the
 /// main thread, each time the store has changed.
@@ -36,11 +27,10 @@ class StoreFile {
 
     const FileUrl& url() const;
 
-    /// The file's bytes; absent when there is none, or when it can't be read. Before the first
-    /// save; any thread, if the owner waits for it.
-    std::optional<QByteArray> read();
-    /// What was read could not be understood.
-    void setDamaged();
+    /// Hands the file's bytes to `decode`; not if there is no file, or it can't be read. What
+    /// `decode` throws tells that its store could not understand them. Once, before the first save;
+    /// any thread, if the owner waits for it.
+    void read(const std::function<void(const QByteArray&)>& decode);
 
     /// Puts what `encode` returns into the file, soon. `encode` works on copies of its own. A save
     /// that has not begun when the next is asked for is left out. What `encode` throws counts as a

@@ -110,16 +110,7 @@ Task<TrackList> readTracks(QList<FileUrl> urls, std::stop_token token) {
 const QString PlaylistManager::favoritesName = QStringLiteral("Favorites");
 
 PlaylistManager::PlaylistManager(const FileUrl& storageURL) : file_(storageURL) {
-    const auto json = file_.read();
-    if (!json) {
-        return;
-    }
-    try {
-        playlists = decodedPlaylists(*json);
-    } catch (const Error& error) {
-        file_.setDamaged();
-        qWarning("%s holds no playlists: %s", storageURL.path().constData(), error.what());
-    }
+    file_.read([this](const QByteArray& json) { playlists = decodedPlaylists(json); });
 }
 
 // What changes nothing is neither told nor written.
@@ -223,10 +214,9 @@ Task<Playlist> PlaylistManager::importM3U(FileUrl url) {
 
 // After the wait nothing of this object is used: it may be gone.
 Task<> PlaylistManager::exportToM3U(Playlist playlist, FileUrl destination) {
-    const QList<FileUrl> urls = playlist.trackURLs;
-    auto writing = transfers_.run([urls, destination](const std::stop_token& /*stop*/) {
+    auto writing = transfers_.run([playlist, destination](const std::stop_token& /*stop*/) {
         constexpr unsigned readableByAll = 0644;
-        writeFileAtomically(destination, m3uFromFiles(urls), readableByAll);
+        writeFileAtomically(destination, m3uFromFiles(playlist.trackURLs), readableByAll);
     });
     co_await writing;
 }

@@ -17,28 +17,14 @@ bool areEqual(const RelocationRecords& a, const RelocationRecords& b) {
     return (a.constData() == b.constData() && a.size() == b.size()) || a == b;
 }
 
-// Absent for no file and for a damaged one.
-std::optional<RelocationRecords> loadedRecords(StoreFile& file) {
-    const auto bytes = file.read();
-    if (!bytes) {
-        return std::nullopt;
-    }
-    try {
-        return decodedRecords(*bytes);
-    } catch (const std::exception& error) {
-        qWarning("%s can't be understood: %s", file.url().path().constData(), error.what());
-        file.setDamaged();
-        return std::nullopt;
-    }
-}
-
 }  // namespace
 
 class RelocationStore::Impl {
   public:
     explicit Impl(const FileUrl& storageURL)
-        : file_(storageURL),
-          loading_(std::async(std::launch::async, [this] { loaded_ = loadedRecords(file_); })) {}
+        : file_(storageURL), loading_(std::async(std::launch::async, [this] {
+              file_.read([this](const QByteArray& json) { loaded_ = decodedRecords(json); });
+          })) {}
 
     const FileUrl& url() const { return file_.url(); }
 

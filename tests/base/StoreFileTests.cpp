@@ -1,6 +1,7 @@
 #include <atomic>
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <optional>
 #include <semaphore>
 #include <stdexcept>
 #include <sys/stat.h>
@@ -23,6 +24,17 @@ std::function<QByteArray()> text(const QByteArray& bytes) {
     return [bytes] { return bytes; };
 }
 
+// Nothing when there is nothing to read.
+std::optional<QByteArray> contentsOf(StoreFile& file) {
+    std::optional<QByteArray> contents;
+    file.read([&](const QByteArray& bytes) { contents = bytes; });
+    return contents;
+}
+
+void notUnderstood(const QByteArray& /*bytes*/) {
+    throw std::runtime_error("not understood");
+}
+
 // An atomic save puts a new item in the file's place.
 uint64_t inodeOf(const FileUrl& url) {
     const auto status = fileStatus(url);
@@ -33,7 +45,7 @@ TEST(StoreFile, WritesThroughMissingFoldersForTheUserAlone) {
     const TemporaryFolder folder;
     const FileUrl url = folder.at("a \xff/b/store");
     StoreFile file(url);
-    EXPECT_EQ(file.read(), std::nullopt);
+    EXPECT_EQ(contentsOf(file), std::nullopt);
     file.save(text("one"));
     EXPECT_TRUE(file.flush());
     EXPECT_TRUE(file.isUpToDate());
@@ -48,7 +60,7 @@ TEST(StoreFile, LeavesTheFileAloneWhenTheBytesAreTheSame) {
     const TemporaryFolder folder;
     const FileUrl url = folder.makeFile("store", "read");
     StoreFile file(url);
-    EXPECT_EQ(file.read(), "read");
+    EXPECT_EQ(contentsOf(file), "read");
     const uint64_t first = inodeOf(url);
     file.save(text("read"));
     EXPECT_TRUE(file.flush());
@@ -123,8 +135,7 @@ TEST(StoreFile, KeepsADamagedFileAsideOnce) {
     folder.makeFile("store.damaged-1", "older");
     {
         StoreFile file(url);
-        file.read();
-        file.setDamaged();
+        file.read(notUnderstood);
         EXPECT_TRUE(file.flush());
         EXPECT_FALSE(itemExists(folder.at("store.damaged-2"))) << "not before it is overwritten";
         file.save(text("one"));
@@ -143,8 +154,7 @@ TEST(StoreFile, KeepsADamagedFileOnceThoughWritingFails) {
     const FileUrl url = folder.makeFile("store", "damaged");
     {
         StoreFile file(url);
-        file.read();
-        file.setDamaged();
+        file.read(notUnderstood);
         file.save([]() -> QByteArray { throw std::runtime_error("no encoding"); });
         EXPECT_FALSE(file.flush());
     }
@@ -156,8 +166,7 @@ TEST(StoreFile, KeepsADamagedFileOnceThoughWritingFails) {
     ASSERT_EQ(::chmod(folder.path("closed").constData(), 0500), 0);
     for (int run = 0; run < 2; ++run) {
         StoreFile file(url);
-        file.read();
-        file.setDamaged();
+        file.read(notUnderstood);
         for (int attempt = 0; attempt < 3; ++attempt) {
             file.save(text("new"));
             EXPECT_FALSE(file.flush());
@@ -175,7 +184,7 @@ TEST(StoreFile, KeepsAFileThatCannotBeReadAndWritesNothingIfItCannot) {
     ASSERT_EQ(::chmod(url.path().constData(), 0200), 0);
     {
         StoreFile file(url);
-        EXPECT_EQ(file.read(), std::nullopt);
+        EXPECT_EQ(contentsOf(file), std::nullopt);
         file.save(text("new"));
         EXPECT_TRUE(file.flush());
     }
@@ -184,7 +193,7 @@ TEST(StoreFile, KeepsAFileThatCannotBeReadAndWritesNothingIfItCannot) {
 
     const FileUrl item = folder.makeFolder("folder");
     StoreFile file(item);
-    EXPECT_EQ(file.read(), std::nullopt);
+    EXPECT_EQ(contentsOf(file), std::nullopt);
     file.save(text("new"));
     EXPECT_FALSE(file.flush());
     EXPECT_TRUE(itemExists(item));
@@ -198,7 +207,7 @@ TEST(StoreFile, FollowsLinksAndMakesTheTargetOfADanglingOne) {
     StoreFile(folder.at("link")).save(text("new"));
     EXPECT_EQ(readFile(real), "new");
     StoreFile file(folder.at("dangling"));
-    EXPECT_EQ(file.read(), std::nullopt);
+    EXPECT_EQ(contentsOf(file), std::nullopt);
     file.save(text("new"));
     EXPECT_TRUE(file.flush());
     EXPECT_EQ(readFile(folder.at("made")), "new");

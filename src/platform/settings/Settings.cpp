@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <cmath>
-#include <exception>
 #include <string>
 #include <utility>
 
@@ -19,7 +18,7 @@ using settings::Values;
 
 namespace {
 
-// At most one write in this time, and no change waits for longer before it is written.
+// At most one write in this time, and no change waits for longer to be on its way.
 constexpr std::chrono::seconds writeInterval{1};
 
 }  // namespace
@@ -27,7 +26,7 @@ constexpr std::chrono::seconds writeInterval{1};
 class Settings::Impl {
   public:
     explicit Impl(const FileUrl& file) : file_(file) {
-        read();
+        file_.read([this](const QByteArray& text) { values_ = settings::valuesFromText(text); });
         timer_.setTimerType(Qt::PreciseTimer);  // A coarse one may be early.
         timer_.setInterval(writeInterval);
         timer_.callOnTimeout(&timer_, [this] { writeInTime(); });
@@ -67,20 +66,6 @@ class Settings::Impl {
     std::function<void()> onAboutToWrite;
 
   private:
-    void read() {
-        const std::optional<QByteArray> text = file_.read();
-        if (!text) {
-            return;
-        }
-        try {
-            values_ = settings::valuesFromText(*text);
-        } catch (const std::exception& error) {
-            file_.setDamaged();
-            qWarning("The settings in %s can't be read (%s); starting without them",
-                     file_.url().path().constData(), error.what());
-        }
-    }
-
     // The time goes on after a write, until one ends in which nothing has changed: so a change
     // that follows a write is on its way an interval after that one, not after itself.
     void writeInTime() {

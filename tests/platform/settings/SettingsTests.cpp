@@ -154,21 +154,19 @@ TEST_F(SettingsTest, KeepsWhatItDoesNotKnowAndWritesReadably) {
 // their order also on a machine that is slow or busy, when times measured would not hold.
 class Moments {
   public:
-    explicit Moments(Settings& settings) {
-        settings.setAboutToWriteHandler([this] {
+    explicit Moments(
+        Settings& settings, std::function<void()> onWrite = [] {}) {
+        settings.setAboutToWriteHandler([this, onWrite = std::move(onWrite)] {
             happened_ << QStringLiteral("write");
-            if (onWrite) {
-                onWrite();
-            }
+            onWrite();
         });
     }
 
-    void mark(int milliseconds, std::function<void()> act = {}) {
+    void mark(
+        int milliseconds, std::function<void()> act = [] {}) {
         QTimer::singleShot(milliseconds, Qt::PreciseTimer, &context_, [this, milliseconds, act] {
             happened_ << QString::number(milliseconds);
-            if (act) {
-                act();
-            }
+            act();
         });
     }
 
@@ -181,8 +179,6 @@ class Moments {
         }));
         return std::exchange(happened_, {}).join(u' ').toStdString();
     }
-
-    std::function<void()> onWrite;
 
   private:
     QStringList happened_;
@@ -215,26 +211,20 @@ TEST_F(SettingsTest, WritesAtMostOnceASecondAndNothingForEqualValues) {
 
 TEST_F(SettingsTest, NoChangeWaitsForMoreThanASecondAndTheLatestIsTakenUpRightBeforeAWrite) {
     Settings settings(file_);
-    Moments moments(settings);
-    double now = 0;
+    double now = 1;
     const auto isWritten = [&] { return Settings(file_).number("now") == now; };
-    moments.onWrite = [&] {
-        settings.setNumber("now", now);
-        // These are of interest after the first write alone.
-        moments.mark(600, [&] {
-            settings.setBoolean("on", false);
-            now = 2;
-        });
-        moments.mark(1251);
-        moments.onWrite = [&] { settings.setNumber("now", now); };
-    };
+    Moments moments(settings, [&] { settings.setNumber("now", now); });
     settings.setBoolean("on", true);
-    moments.mark(750);
-    moments.mark(1250);
-    now = 1;
+    for (const int time : {750, 1250, 1750, 2250}) {
+        moments.mark(time);
+    }
+    moments.mark(1600, [&] {
+        settings.setBoolean("on", false);
+        now = 2;
+    });
     EXPECT_EQ(moments.until(1250), "750 write 1250");
     EXPECT_TRUE(spinUntil(isWritten));
-    EXPECT_EQ(moments.until(1251), "600 write 1251")
+    EXPECT_EQ(moments.until(2250), "1600 1750 write 2250")
         << "a second after the last write, not after the change";
     EXPECT_TRUE(spinUntil(isWritten));
 
